@@ -1,0 +1,12 @@
+# Settings for Gentra's own targets. A host that uses Gentra as a subproject never gets here.
+
+# Gives a target the project's warnings.
+function(gentra_development_target target)
+  if(NOT CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+    return()
+  endif()
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+  if(GENTRA_WARNINGS_AS_ERRORS)
+    target_compile_options(${target} PRIVATE -Werror)
+  endif()
+endfunction()

@@ -1,0 +1,22 @@
+# Headers, library, find_package(gentra) and pkg-config file.
+
+install(TARGETS gentra EXPORT gentraTargets)
+install(DIRECTORY include/gentra TYPE INCLUDE)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/include/gentra/gentra_export.h DESTINATION
+  ${CMAKE_INSTALL_INCLUDEDIR}/gentra)
+
+set(gentra_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/gentra)
+install(EXPORT gentraTargets NAMESPACE gentra:: DESTINATION ${gentra_package_dir})
+configure_package_config_file(cmake/gentraConfig.cmake.in gentraConfig.cmake
+  INSTALL_DESTINATION ${gentra_package_dir})
+write_basic_package_version_file(gentraConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES
+  ${CMAKE_CURRENT_BINARY_DIR}/gentraConfig.cmake
+  ${CMAKE_CURRENT_BINARY_DIR}/gentraConfigVersion.cmake
+  DESTINATION ${gentra_package_dir})
+
+if(gentra_type STREQUAL "STATIC_LIBRARY")
+  set(gentra_pc_cflags "-DGENTRA_STATIC_DEFINE")
+endif()
+configure_file(cmake/gentra.pc.in gentra.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/gentra.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,261 @@
+// Gentra, copyright the Gentra authors.
+// SPDX-License-Identifier: MIT
+
+#ifndef GENTRA_POOLS_MEMBERPOOL_H
+#define GENTRA_POOLS_MEMBERPOOL_H
+
+#include "gentra/gentra_export.h"
+#include "gentra/properties/MemberSelection.h"
+#include "gentra/properties/Parameter.h"
+#include "gentra/util/EventType.h"
+#include "gentra/util/LoadTimeStatics.h"
+#include "gentra/util/PerformanceStatistics.h"
+#include "gentra/util/RefCountPtr.h"
+#include "gentra/util/ShortID.h"
+#include "gentra/util/String.h"
+#include "gentra/util/Timer.h"
+#include "gentra/util/WeakPtr.h"
+
+#include <memory>
+#include <vector>
+
+namespace Gentra {
+
+class Behaviour;
+class Context;
+class MemberPropertyTable;
+class Property;
+class PropertyTable;
+
+/// A population: members that share one record layout, the properties that make up the layout, and the
+/// behaviours that run over the members.
+///
+/// A pool is itself the selection of its members. The host creates and destroys it. It is built in a pass of
+/// the main context (Context::ForceConstructAllMemberPools, started by the first ProcessMemberPool()): the
+/// pool is cleared, EVENT_CONSTRUCT is triggered, on which the host adds properties and links behaviours, and
+/// the pool is compiled. All member properties must be added before the first member is created.
+///
+/// A pool must not be destroyed by a behaviour that it is running; everywhere else, also in events, it may.
+class GENTRA_EXPORT MemberPool : public MemberSelection {
+public:
+    /// Root type of the pool events: register for it to hear all of them. The `subject` is the pool.
+    static Util::EventType const& EVENT;
+    /// Triggered at the end of the constructor (sub-index 0).
+    static Util::EventType const& EVENT_CREATED;
+    /// Triggered by the destructor once the pool is cleared (sub-index 1).
+    static Util::EventType const& EVENT_DELETED;
+    /// Triggered when the pool is to be filled with properties and behaviours (sub-index 2).
+    static Util::EventType const& EVENT_CONSTRUCT;
+
+    // Construction and identity.
+
+    /// An empty, nameless pool with a random ID. Every context hears of it; `newContext` is only kept for
+    /// GetContext().
+    explicit MemberPool(Context& newContext);
+
+    /// A detached twin: the same name, ID, properties and behaviours, but no members, an identity value of
+    /// its own and no events. No context knows it, and its end leaves the shared properties and behaviours
+    /// alone.
+    MemberPool(MemberPool const& other);
+    MemberPool& operator=(MemberPool const&) = delete;
+
+    /// Clears the pool and triggers EVENT_DELETED. Pointers to the pool that the library keeps become null.
+    ~MemberPool();
+
+    [[nodiscard]] Util::ShortID const& GetMemberPoolID() const noexcept { return poolID; }
+    /// Gives the pool a new ID and returns true, or returns false when the main context knows a pool of that
+    /// ID. The IDs of the properties stay.
+    bool SetNewMemberPoolID(Util::ShortID id);
+    [[nodiscard]] Util::String const& GetName() const noexcept { return name; }
+    void SetName(Util::String const& newName) { name = newName; }
+    [[nodiscard]] Context& GetContext() const noexcept { return context; }
+    /// A number of this pool object alone, unique in the process and never -1: the sub-index of the pool's
+    /// property events (Property::EVENT).
+    [[nodiscard]] int GetIdentityValue() const noexcept { return identity; }
+    /// A pointer to the pool that becomes null when the pool is destroyed.
+    [[nodiscard]] Util::WeakPtr<MemberPool> GetWeakPtr() const noexcept {
+        return Util::WeakPtr<MemberPool>(life);
+    }
+    /// Ascending by ID, as signed numbers.
+    [[nodiscard]] bool operator<(MemberPool const& other) const noexcept { return poolID < other.poolID; }
+
+    // Properties. Tables keep the order of addition, which is also the order of the record layout. Lookups by
+    // name compare exactly and find pool properties before member properties.
+
+    /// Adds a member property at the end of the record layout and returns Property::NIL; its ID must be
+    /// final.
+    ///
+    /// A shared intrinsic property gives way to an intrinsic one of the same name that is there already: it
+    /// is not added, and the result is a reference to the pool's pointer to the other. Of two properties with
+    /// one ID the first stays in the table; the second still takes up its bytes. A property of another pool
+    /// is taken over: "Error: Property already used by another pool!". Property::NIL and null are ignored.
+    ///
+    /// While there are members the layout is fixed: "Error :: Construction :: The Property \"%s\" could not
+    /// be added to the Pool \"%s\", because the Pool already has Members". The property then stays a member
+    /// property without a place, and no behaviour that is linked to it gets ready.
+    Util::RefCountPtr<Property> const& AddMemberProperty(Util::RefCountPtr<Property> property);
+    /// Adds a pool property likewise; here every intrinsic property gives way to one of its name.
+    Util::RefCountPtr<Property> const& AddPoolProperty(Util::RefCountPtr<Property> property);
+
+    /// Makes a property with PropertyFactory and adds it. An `id` of 0 gives it the default ID: the hash of
+    /// its name XOR the pool's ID. Nothing happens for a type that the factory does not make.
+    void CreateMemberPropertyFromParameter(Parameter const& parameter, Util::ShortID id);
+    void CreatePoolPropertyFromParameter(Parameter const& parameter, Util::ShortID id);
+
+    /// The property of that ID or name, or Property::NIL.
+    [[nodiscard]] Util::RefCountPtr<Property> GetPropertyByID(Util::ShortID id) const;
+    [[nodiscard]] Util::RefCountPtr<Property> GetPropertyFromName(Util::String const& propertyName) const;
+    /// The offset in the member record, in bytes, of the member property of that name, or -1.
+    [[nodiscard]] int GetDataOffsetFromPropertyName(Util::String const& propertyName) const;
+    /// The pool properties, then the member properties.
+    [[nodiscard]] std::vector<Util::RefCountPtr<Property>> GetAllProperties() const;
+    [[nodiscard]] std::vector<Util::RefCountPtr<Property>> GetAllMemberProperties() const;
+
+    // Each of these empties `out` first.
+    void GetAllPropertiesOfCertainType(std::vector<Util::RefCountPtr<Property>>& out,
+                                       PropertyType type) const;
+    void GetAllPropertiesOfCertainTypeByName(std::vector<Util::String>& out, PropertyType type) const;
+    void GetAllValuePropertiesByName(std::vector<Util::String>& out) const;
+    void GetAllVectorPropertiesByName(std::vector<Util::String>& out) const;
+    void GetAllMemberSelectionPropertiesByName(std::vector<Util::String>& out) const;
+
+    // Members. See MemberSelection for the operations that also list what they create.
+
+    /// Creates a member from the properties' defaults and runs the member-construction behaviours on it. The
+    /// caller lists it. Without member properties returns Member::NIL and logs once "Creating Members without
+    /// any properties".
+    Member CreateNewMember();
+    /// Ends the member and keeps its record for the next one. It stays in the selections that list it: remove
+    /// it first. Member::NIL is ignored; so is a member that the pool does not have (any more), with "Bug
+    /// Report :: MemberPool :: The Pool \"%s\" was asked to delete a Member it does not have", logged once.
+    void DeleteMember(Member member);
+    /// The address of a datum, by the member's index in the pool or in `selection` and the property's index
+    /// among the member properties. Null when either is out of range. The address may be unaligned.
+    [[nodiscard]] unsigned char* GetDataFromMember(int memberIndex, int propertyIndex);
+    [[nodiscard]] unsigned char* GetDataFromMemberSelectionMember(MemberSelection& selection, int memberIndex,
+                                                                  int propertyIndex);
+
+    // Building, called by the context.
+
+    /// Clears the pool of members, properties and behaviours and marks it uncompiled. Name, ID, timing and
+    /// the single-member update index stay.
+    void InitializeMemberPool();
+    /// Compiles all behaviours and initialises the pool properties. Refused after a failed construction.
+    void CompileMemberPool();
+    /// Lets each member-selection property find its base pool, see
+    /// MemberSelectionProperty::SetBasePoolFromID.
+    void SetBasePoolsForMemberSelections();
+
+    // Behaviours. Linking also gives each of the behaviour's unlinked intrinsic parameters a property: shared
+    // ones the pool's property of that name, unique ones a property of their own. A null pointer is ignored.
+
+    /// Links a behaviour that runs every frame. A behaviour is active or passive in one pool at a time:
+    /// "Error :: PoolConstruction :: The Pool \"%s\" cannot use the Behaviour \"%s\", because it's already
+    /// linked to the Pool
+    /// \"%s\"".
+    void LinkActiveBehaviour(Util::RefCountPtr<Behaviour> const& behaviour);
+    /// Links a behaviour that runs when it is applied or triggered.
+    void LinkPassiveBehaviour(Util::RefCountPtr<Behaviour> const& behaviour);
+    /// Links a behaviour that runs on every new member. It may serve several pools, and runs where the
+    /// members it is linked to fit the layout.
+    void LinkMemberConstructionBehaviour(Util::RefCountPtr<Behaviour> const& behaviour);
+    /// Links a behaviour that runs once at the end of the pass that builds the pool.
+    void LinkPoolConstructionBehaviour(Util::RefCountPtr<Behaviour> const& behaviour);
+
+    /// Active, passive, member-construction and pool-construction behaviours, each in order of linking.
+    [[nodiscard]] std::vector<Util::RefCountPtr<Behaviour>> GetAllBehaviours() const;
+    /// The first of them with that name, or Behaviour::NIL.
+    [[nodiscard]] Util::RefCountPtr<Behaviour> GetBehaviourByName(Util::String const& behaviourName) const;
+
+    // Processing. Each way of running a behaviour gives it the pool's active member as `current`. A behaviour
+    // that is not ready is skipped; so is one whose member data does not lie where this pool's records have
+    // it, with "Error :: PoolProcessing :: The Behaviour \"%s\" can not be used for the Pool \"%s\", because
+    // its Member Properties do not fit the Members", logged once.
+
+    /// One frame: builds the pool if need be, writes the seconds since the previous frame, at most 1, to the
+    /// property "TimeElapsed" if there is one, and runs the active behaviours over all members.
+    void ProcessMemberPool();
+    /// From now on frames process only the member at that index; a negative index stands for all members.
+    void SetSingleMemberUpdateIndex(int index) noexcept { singleMemberUpdateIndex = index; }
+    /// Timing of ProcessMemberPool().
+    [[nodiscard]] PerformanceStatistics const& GetPerformaceStats() const noexcept {
+        return performanceStats;
+    }
+
+    /// Runs a behaviour of this pool now, on all members. Another pool's: "Error :: PoolProcessing :: The
+    /// PassiveBehaviour \"%s\" can not be used for the Pool \"%s\", because he does not own that behaviour".
+    void ApplyPassiveBehaviour(Behaviour& behaviour);
+    void ApplyPassiveBehaviour(Util::RefCountPtr<Behaviour> const& behaviour);
+    /// The same on the active member only, which may be Member::NIL. Properties in no pool are not updated.
+    void ApplyPassiveBehaviourOnActiveMember(Behaviour& behaviour);
+    void ApplyPassiveBehaviourOnActiveMember(Util::RefCountPtr<Behaviour> const& behaviour);
+    /// The same on the members of a selection of this pool. Errors as above with "The Behaviour", and "...
+    /// The Behaviour belongs to the Pool \"%s\", but the MemberSelection it should be applied on does not use
+    /// that BasePool".
+    void ApplyBehaviourOnMemberSelection(Util::RefCountPtr<Behaviour> const& behaviour,
+                                         MemberSelection& selection);
+
+private:
+    friend class Context;
+    friend class Property;
+
+    using BehaviourList = std::vector<Util::RefCountPtr<Behaviour>>;
+
+    void ClearPool();
+    void ClearBehaviours(BehaviourList& behaviours);
+    void InitPoolProperties();
+    [[nodiscard]] bool CanEnter(Util::RefCountPtr<Property> const& property) const;
+    void RefuseMemberProperty(Property& property) const;
+    [[nodiscard]] bool AnnounceEntering(Util::RefCountPtr<Property> const& property);
+    void AssignDefaultPropertyID(Property& property) const;
+    [[nodiscard]] Util::RefCountPtr<Property> MakeProperty(Parameter const& parameter,
+                                                           Util::ShortID id) const;
+    [[nodiscard]] Util::RefCountPtr<Property> FindPoolProperty(Util::String const& propertyName) const;
+    [[nodiscard]] Util::RefCountPtr<Property> FindMemberProperty(Util::String const& propertyName) const;
+    void GetDefaultProperties(std::vector<Util::RefCountPtr<Property>>& out) const;
+    /// Announces that the property enters (0) or leaves (1) the pool.
+    void TriggerPropertyEvent(Util::RefCountPtr<Property> property, char const* subName, int param1);
+    /// Whether a datum of that size at that offset lies within a member record.
+    [[nodiscard]] bool RecordReaches(int offset, int size) const noexcept;
+
+    void LinkOwnedBehaviour(Util::RefCountPtr<Behaviour> const& behaviour, BehaviourList& list);
+    void LinkConstructionBehaviour(Util::RefCountPtr<Behaviour> const& behaviour, BehaviourList& list);
+    void AssimilateIntrinsicPropertiesOfBehaviour(Util::RefCountPtr<Behaviour> const& behaviour);
+    void AddPropertiesFromIntrinsicParameters(std::vector<Parameter*>& parameters,
+                                              std::vector<Util::RefCountPtr<Property>>& properties);
+    [[nodiscard]] Util::RefCountPtr<Property> FindSharedProperty(Parameter const& parameter) const;
+    [[nodiscard]] Util::RefCountPtr<Property> AddIntrinsicProperty(Parameter const& parameter);
+    [[nodiscard]] Parameter GetUniqueNameParam(Parameter parameter) const;
+
+    void UpdateTimeElapsed();
+    void InitializeNewMembers(std::vector<Member>& newMembers);
+    void TriggerPoolConstructor();
+    [[nodiscard]] bool LayoutFits(Behaviour const& behaviour) const;
+    [[nodiscard]] bool IsReadyHere(Behaviour& behaviour) const;
+    [[nodiscard]] bool CheckOwnership(Behaviour const& behaviour, char const* kind) const;
+    void RunSampled(Behaviour& behaviour, std::vector<Member>& members);
+
+    Context& context;
+    std::unique_ptr<MemberPropertyTable> memberProperties;
+    std::unique_ptr<PropertyTable> poolProperties;
+    BehaviourList activeBehaviours;
+    BehaviourList passiveBehaviours;
+    BehaviourList memberConstructionBehaviours;
+    BehaviourList poolConstructionBehaviours;
+    bool compiled = false;
+    bool constructionFailed = false;
+    Util::ShortID poolID;
+    Util::String name;
+    Util::Timer lapTimer; ///< Never started: the first lap counts from the pool's construction.
+    PerformanceStatistics performanceStats;
+    int singleMemberUpdateIndex = -1;
+
+    Util::WeakSource<MemberPool> life{this};
+    int identity;
+    bool announced; ///< False for a copy, which no context knows.
+    unsigned int timesCleared = 0;
+};
+
+} // namespace Gentra
+
+#endif

@@ -1,0 +1,221 @@
+// Gentra, copyright the Gentra authors.
+// SPDX-License-Identifier: MIT
+
+#ifndef GENTRA_PROPERTIES_MEMBERSELECTION_H
+#define GENTRA_PROPERTIES_MEMBERSELECTION_H
+
+#include "gentra/gentra_export.h"
+#include "gentra/properties/Member.h"
+#include "gentra/util/WeakPtr.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace Gentra {
+
+class MemberPool;
+struct SelectionEdits;
+
+/// An ordered list of members of one pool, the base pool, with a cursor on one active member.
+///
+/// Members may occur more than once. The list is also readable as a vector, which is brought up to date on
+/// demand: any number of changes costs one rebuild, and each rebuild raises the recreation time stamp. Until
+/// the next rebuild the vector stays as it was read, so a caller may walk it while members come and go.
+///
+/// Appending costs what it costs a vector. Removing by value or by index and inserting at the cursor do not
+/// move the other members. A cleared selection keeps its memory and is refilled without allocating.
+///
+/// A selection never owns members. When its base pool is destroyed it has no base pool any more, and the
+/// members in it must not be used.
+class GENTRA_EXPORT MemberSelection {
+public:
+    /// An empty selection of members of `newBasePool`, which may be null.
+    explicit MemberSelection(MemberPool* newBasePool);
+
+    /// The copy holds the same members in the same order, with its cursor at the same place.
+    MemberSelection(MemberSelection const& other);
+    MemberSelection& operator=(MemberSelection const& other);
+    ~MemberSelection();
+
+    /// The pool of the members, or null.
+    [[nodiscard]] MemberPool* GetBasePool() const noexcept { return basePool.Get(); }
+
+    // Queries.
+
+    [[nodiscard]] int GetNumMembers() const noexcept { return static_cast<int>(entryCount); }
+
+    /// All members in order. The reference stays valid as long as the selection; its contents change at the
+    /// next rebuild (any reading operation after a change) and at Clear().
+    ///
+    /// The vector is the selection's own storage and is meant to be read. Entries that a host erases from its
+    /// end leave the selection; entries that it appends do not enter it.
+    [[nodiscard]] std::vector<Member>& GetAllMembers() {
+        BringUpToDate();
+        return memberVector;
+    }
+
+    /// The member at `index` counted from 0, or Member::NIL when there is none.
+    [[nodiscard]] Member GetMemberByIndex(int index) {
+        BringUpToDate();
+        auto const position = static_cast<std::size_t>(index);
+        return index >= 0 && position < memberVector.size() ? memberVector[position] : Member();
+    }
+
+    /// Whether the vector, brought up to date, is still the one of that stamp.
+    [[nodiscard]] bool IsTimeStampUpToDate(unsigned int stamp) {
+        BringUpToDate();
+        return stamp == recreationTimeStamp;
+    }
+
+    /// The number of rebuilds so far (wraps at 2^32), without rebuilding.
+    [[nodiscard]] unsigned int GetLastRecreationTimeStamp() const noexcept { return recreationTimeStamp; }
+
+    // The cursor. While it is valid, the active member is the one at the cursor. ActivateNextMember() and
+    // ActivatePreviousMember() wrap around, so a walk ends when FirstMemberActive() is true again.
+
+    /// The active member, or Member::NIL. Callers may overwrite it; the cursor stays where it is.
+    [[nodiscard]] Member& ActiveMember() noexcept { return activeMember; }
+    [[nodiscard]] bool IsActiveMemberValid() const noexcept { return activeMember.IsValid(); }
+    /// Whether the cursor stands at the first member; false without a valid cursor.
+    [[nodiscard]] bool FirstMemberActive() const;
+
+    /// Activates the first member; on an empty selection clears the active member and returns false.
+    bool ActivateFirstMember();
+    /// Activates the last member, likewise.
+    bool ActivateLastMember();
+    /// Activates the next member, from the last or without a valid cursor the first one. Moving one step
+    /// forward also makes the member the active one of the base pool; no other operation does that.
+    bool ActivateNextMember();
+    /// Activates the previous member, from the first or without a valid cursor the last one.
+    bool ActivatePreviousMember();
+    /// Activates the member at `index` counted from 0; out of range nothing changes.
+    void ActivateMember(int index);
+    /// Leaves no member active and the cursor not valid.
+    void ClearActiveMember() noexcept;
+
+    // Adding.
+
+    /// Appends a member of `pool`. When that is not the base pool nothing is added, and logged once:
+    /// "Error : Can't add Member to MemberSelection. The Members BasePool is \"%s\" while the
+    /// MemberSelections BasePool is \"%s\"".
+    void AddMember(MemberPool& pool, Member member) {
+        if (basePool.Get() != &pool) {
+            ReportForeignPool(pool);
+            return;
+        }
+        Append(member);
+    }
+
+    /// Appends members of `pool` in vector order; when that is not the base pool does nothing, silently.
+    void AddMembers(MemberPool& pool, std::vector<Member> const& members);
+
+    /// Creates a member in the base pool and appends it here and, when this is not the pool itself, to the
+    /// pool. Does nothing without a base pool or when the pool yields no member.
+    void AddNewMember();
+
+    /// Inserts a member, of whatever pool, right behind or before the cursor; false without a valid cursor.
+    /// The cursor and the active member stay.
+    bool InsertMemberAfterActiveMember(Member member);
+    bool InsertMemberBeforeActiveMember(Member member);
+
+    /// Creates a member in the base pool and inserts it in this selection only. False, with nothing created,
+    /// without a base pool, a new member or a valid cursor.
+    bool InsertNewMemberAfterActiveMember();
+    bool InsertNewMemberBeforeActiveMember();
+
+    // Removing. The members stay alive; deleting is MemberPool::DeleteMember.
+
+    /// Removes the member at the cursor, which moves on as by ActivateNextMember(), and returns it;
+    /// Member::NIL without a valid cursor. Removing the only member leaves none active.
+    Member RemoveActiveMember();
+    /// Removes and returns the member at `index`; Member::NIL out of range. If it was the active one, the
+    /// first member becomes active.
+    Member RemoveMemberByIndex(int index);
+    /// Removes the first entry equal to `member`, if any. If it was the active one, the first member becomes
+    /// active.
+    void RemoveMember(Member member);
+    /// Removes and returns the last member; Member::NIL on an empty selection. If it was the active one, the
+    /// first member becomes active.
+    Member RemoveAnyMember();
+    /// Adds new members (AddNewMember) or removes members from the end until there are `count`; negative
+    /// counts as 0.
+    void SetMemberCount(int count);
+    /// Empties the selection and clears the active member; the time stamp stays.
+    void Clear();
+
+protected:
+    void SetBasePool(MemberPool* newBasePool);
+
+    /// Rebuilds the vector and raises the time stamp.
+    void RecreateMemberVector();
+
+private:
+    friend class MemberSelectionProperty;
+
+    /// Names one entry of the list until the next rebuild. Slots count through the vector as it was last
+    /// built, then through `appended`.
+    using Slot = std::uint32_t;
+
+    void BringUpToDate() {
+        if (memberVectorOutOfDate) {
+            RecreateMemberVector();
+        }
+    }
+
+    void Append(Member member) {
+        if (edited) {
+            AppendEdited(member);
+            return;
+        }
+        appended.push_back(member);
+        ++entryCount;
+        memberVectorOutOfDate = true;
+    }
+
+    [[nodiscard]] Slot SlotCount() const noexcept { return kept + static_cast<Slot>(appended.size()); }
+    [[nodiscard]] Member At(Slot slot) const noexcept {
+        return slot < kept ? memberVector[slot] : appended[slot - kept];
+    }
+
+    void ReportForeignPool(MemberPool& pool) const;
+    void AppendEdited(Member member);
+    void DropVanishedEntries();
+    void BeginEdits();
+    SelectionEdits& Edits();
+
+    [[nodiscard]] Slot FirstSlot() const noexcept;
+    [[nodiscard]] Slot LastSlot() const noexcept;
+    [[nodiscard]] Slot NextSlot(Slot slot) const noexcept;
+    [[nodiscard]] Slot PreviousSlot(Slot slot) const noexcept;
+    [[nodiscard]] Slot SlotAtIndex(Slot index);
+    [[nodiscard]] Slot FindFirst(Member member);
+
+    void MoveCursorTo(Slot slot) noexcept;
+    bool ActivateSlot(Slot slot) noexcept;
+    void EraseSlot(Slot slot);
+    Member RemoveSlot(Slot slot);
+    bool InsertAtCursor(Member member, bool behind);
+    bool InsertNewAtCursor(bool behind);
+    void TakeOverAppended();
+    void TakeOverEdits();
+
+    Util::WeakPtr<MemberPool> basePool;
+    std::vector<Member> memberVector; ///< As of the last rebuild; never touched in between.
+    std::vector<Member> appended;     ///< Entries that came after it.
+    std::unique_ptr<SelectionEdits> edits;
+    Slot kept = 0;       ///< How many leading entries of `memberVector` are slots.
+    Slot entryCount = 0; ///< The number of members.
+    Slot cursor = 0;     ///< Meaningful while `cursorValid`.
+    std::uint32_t recreationTimeStamp = 0;
+    Member activeMember;
+    bool memberVectorOutOfDate = false;
+    bool cursorValid = false;
+    bool edited =
+        false; ///< Whether `edits` tells which slots are members and in which order; else all, in order.
+};
+
+} // namespace Gentra
+
+#endif

@@ -1,0 +1,84 @@
+// Gentra, copyright the Gentra authors.
+// SPDX-License-Identifier: MIT
+
+#ifndef GENTRA_PROPERTIES_MEMBERSELECTIONPROPERTY_H
+#define GENTRA_PROPERTIES_MEMBERSELECTIONPROPERTY_H
+
+#include "gentra/properties/Member.h"
+#include "gentra/properties/Property.h"
+
+#include <memory>
+#include <string>
+
+namespace Gentra {
+
+template<class T>
+class InstanceStore;
+
+/// A property whose datum is a pointer to a MemberSelection.
+///
+/// The property owns the selections that it creates: one of its own, which the pool data points at first, and
+/// a fresh one for each new member. A member's selection is taken back (emptied, for a later member) when the
+/// member is deleted while its datum still holds it, and all of them when the property leaves its pool. Their
+/// memory lasts as long as the property, so a pointer to one never dangles while the property is held.
+class GENTRA_EXPORT MemberSelectionProperty : public Property {
+public:
+    /// A default property, for answers that find none; compare by pointer.
+    static Util::RefCountPtr<MemberSelectionProperty> const& NIL;
+
+    /// Named "MemberSelection Property"; the base pool ID is random, which stands for no pool.
+    MemberSelectionProperty();
+    explicit MemberSelectionProperty(std::string const& newName);
+    explicit MemberSelectionProperty(char const* newName);
+    MemberSelectionProperty(MemberSelectionProperty const& other);
+    MemberSelectionProperty& operator=(MemberSelectionProperty const& other);
+    ~MemberSelectionProperty();
+
+    /// Sets the name and the type and points the pool data at the own selection.
+    void Init(std::string const& newName);
+
+    void* GetPoolData() override;
+    void SetPoolData(void* data) override;
+    void OnInstanceCreation(unsigned char* datum) override;
+    void OnInstanceDeletion(unsigned char* datum) override;
+    int GetDataSize() const override;
+    PropertyType GetPropertyType() override;
+
+    /// Names the pool whose members the selections of this property hold.
+    void SetBasePoolID(Util::ShortID id) noexcept { basePoolID = id; }
+    /// Makes the main context's pool of that ID the base pool of the selection that the pool data points at;
+    /// new members' selections take it over. Called on every construct pass. Logs an error when there is no
+    /// such pool.
+    void SetBasePoolFromID();
+    /// The base pool of the selection that the pool data points at, or null.
+    [[nodiscard]] MemberPool* GetBasePool();
+
+    /// The selection that the datum of that member points at, or null.
+    [[nodiscard]] MemberSelection* GetMemberSelection(MemberSelection& selection, int index);
+    /// Points the datum of that member, if there is one, at `newSelection`, which the caller keeps alive. The
+    /// selection it replaces is not destroyed.
+    void SetMemberSelection(MemberSelection* newSelection, MemberSelection& selection, int index);
+
+    /// Clears the selection of the owner pool's active member; for a property that is no member property, or
+    /// without such a selection, the one the pool data points at.
+    void ClearSelection();
+    /// Adds a member of `pool` to the same selection as above; see MemberSelection::AddMember for a mismatch.
+    void AddMemberToSelection(MemberPool& pool, Member member);
+
+private:
+    friend class Property;
+
+    void TakeBackInstances();
+    [[nodiscard]] MemberSelection& SelectionInUse();
+
+    MemberSelection* poolDatum = nullptr; ///< One of the two below, or one that the host gave.
+    std::unique_ptr<MemberSelection> ownSelection;
+    std::unique_ptr<MemberSelection>
+        poolInstance; ///< Created when the pool that owns the property is compiled.
+    std::unique_ptr<InstanceStore<MemberSelection>> instances; ///< Those of the members.
+    Util::ShortID basePoolID;
+};
+
+} // namespace Gentra
+
+#endif

@@ -1,0 +1,74 @@
+// Gentra, copyright the Gentra authors.
+// SPDX-License-Identifier: MIT
+
+#ifndef GENTRA_PROPERTIES_TEXTPROPERTY_H
+#define GENTRA_PROPERTIES_TEXTPROPERTY_H
+
+#include "gentra/properties/Property.h"
+
+#include <memory>
+#include <string>
+
+namespace Gentra {
+
+template<class T>
+class InstanceStore;
+
+/// A property whose datum is a pointer to a string of 16-bit characters.
+///
+/// The property owns the strings: the pool text, and an empty one for each new member. A member's string is
+/// taken back (emptied, for a later member) when the member is deleted while its datum still holds it, and
+/// all of them when the property leaves its pool. Their memory lasts as long as the property.
+class GENTRA_EXPORT TextProperty : public Property {
+public:
+    using Text = std::basic_string<unsigned short>;
+
+    /// Named "Text Property", with an empty pool text.
+    TextProperty();
+    explicit TextProperty(std::string const& newName);
+    explicit TextProperty(char const* newName);
+    TextProperty(TextProperty const& other);
+    TextProperty& operator=(TextProperty const& other);
+    ~TextProperty();
+
+    /// Sets the name and the type and points the pool data at the pool text.
+    void Init(std::string const& newName);
+
+    /// `data` is the address of a pointer to zero-terminated 16-bit characters, as in SetPoolData().
+    void SetDataToMemberSelection(void* data, MemberSelection& selection, int index) override;
+    /// The address of the pointer to the text.
+    void* GetPoolData() override;
+    /// Assigns the zero-terminated 16-bit characters whose address is stored at `data` to the text that the
+    /// pool data points at.
+    void SetPoolData(void* data) override;
+    void OnInstanceCreation(unsigned char* datum) override;
+    void OnInstanceDeletion(unsigned char* datum) override;
+    int GetDataSize() const override;
+    PropertyType GetPropertyType() override;
+
+    /// The address of the datum, as GetData(). For the characters use
+    /// GetCharStringFromPropertyData(GetData()).
+    [[nodiscard]] unsigned short* GetText();
+
+    // For a datum as GetData() and its kind give it. A null `datum` gives null, or is ignored.
+
+    [[nodiscard]] static Text* GetStringFromPropertyData(void const* datum);
+    /// The characters, zero-terminated.
+    [[nodiscard]] static unsigned short const* GetCharStringFromPropertyData(void const* datum);
+    /// Assigns zero-terminated characters; a null `text` is ignored.
+    static void SetStringToPropertyData(void const* datum, unsigned short const* text);
+
+private:
+    friend class Property;
+
+    void TakeBackInstances();
+
+    Text* poolDatum = nullptr; ///< One of the two below.
+    std::unique_ptr<Text> poolText;
+    std::unique_ptr<Text> poolInstance; ///< Created when the pool that owns the property is compiled.
+    std::unique_ptr<InstanceStore<Text>> instances; ///< Those of the members.
+};
+
+} // namespace Gentra
+
+#endif

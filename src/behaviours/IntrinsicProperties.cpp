@@ -1,0 +1,197 @@
+// Gentra, copyright the Gentra authors.
+// SPDX-License-Identifier: MIT
+
+// Linking behaviours to a pool, and the properties that the pool makes for their intrinsic parameters.
+
+#include "gentra/behaviours/Behaviour.h"
+#include "gentra/pools/MemberPool.h"
+#include "gentra/properties/MemberSelectionProperty.h"
+#include "gentra/properties/PropertyFactory.h"
+#include "gentra/util/GlobalMessageManager.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace Gentra {
+
+using BehaviourPtr = Util::RefCountPtr<Behaviour>;
+using PropertyPtr = Util::RefCountPtr<Property>;
+
+// Linking.
+
+void MemberPool::LinkActiveBehaviour(BehaviourPtr const& behaviour) {
+    LinkOwnedBehaviour(behaviour, activeBehaviours);
+}
+
+void MemberPool::LinkPassiveBehaviour(BehaviourPtr const& behaviour) {
+    LinkOwnedBehaviour(behaviour, passiveBehaviours);
+}
+
+void MemberPool::LinkMemberConstructionBehaviour(BehaviourPtr const& behaviour) {
+    LinkConstructionBehaviour(behaviour, memberConstructionBehaviours);
+}
+
+void MemberPool::LinkPoolConstructionBehaviour(BehaviourPtr const& behaviour) {
+    LinkConstructionBehaviour(behaviour, poolConstructionBehaviours);
+}
+
+void MemberPool::LinkOwnedBehaviour(BehaviourPtr const& behaviour, BehaviourList& list) {
+    if (behaviour.Get() == nullptr) {
+        return;
+    }
+    if (MemberPool const* const owner = behaviour->GetOwnerPool()) {
+        GlobalMessageManager::OutputMessage(
+            "Error :: PoolConstruction :: The Pool \"%s\" cannot use the Behaviour \"%s\", "
+            "because it's already linked to the Pool \"%s\"",
+            name.c_str(), behaviour->GetName().c_str(), owner->GetName().c_str());
+        return;
+    }
+    BehaviourPtr const held = behaviour;
+    list.push_back(held);
+    held->SetOwnerPool(this);
+    AssimilateIntrinsicPropertiesOfBehaviour(held);
+}
+
+void MemberPool::LinkConstructionBehaviour(BehaviourPtr const& behaviour, BehaviourList& list) {
+    if (behaviour.Get() == nullptr) {
+        return;
+    }
+    BehaviourPtr const held = behaviour;
+    list.push_back(held);
+    AssimilateIntrinsicPropertiesOfBehaviour(held);
+}
+
+// Intrinsic parameters.
+
+void MemberPool::AssimilateIntrinsicPropertiesOfBehaviour(BehaviourPtr const& behaviour) {
+    behaviour->DropStaleIntrinsicLinks();
+    std::vector<Parameter*> parameters;
+    std::vector<PropertyPtr> properties;
+
+    behaviour->GetUnlinkedIntrinsicPoolParams(parameters);
+    AddPropertiesFromIntrinsicParameters(parameters, properties);
+    behaviour->LinkIntrinsicPropertiesToInterface(properties);
+
+    behaviour->GetUnlinkedIntrinsicMemberParams(parameters);
+    AddPropertiesFromIntrinsicParameters(parameters, properties);
+    behaviour->LinkIntrinsicPropertiesToInterface(properties);
+}
+
+void MemberPool::AddPropertiesFromIntrinsicParameters(std::vector<Parameter*>& parameters,
+                                                      std::vector<PropertyPtr>& properties) {
+    properties.clear();
+    for (Parameter const* const parameter : parameters) {
+        PropertyPtr const existing = FindSharedProperty(*parameter);
+        if (existing == Property::NIL) {
+            properties.push_back(AddIntrinsicProperty(*parameter));
+        } else if (existing->IsIntrinsic()) {
+            properties.push_back(existing);
+        } else {
+            GlobalMessageManager::OutputMessage(
+                "Error: A Property called '%s' is already internally used by a behaviour, "
+                "please use a different name for this Property",
+                existing->GetName().c_str());
+            constructionFailed = true;
+            return;
+        }
+    }
+}
+
+/// The property that a shared intrinsic parameter finds under its name, or Property::NIL.
+PropertyPtr MemberPool::FindSharedProperty(Parameter const& parameter) const {
+    if (!parameter.IsSharedIntrinsic()) {
+        return Property::NIL;
+    }
+    switch (parameter.GetPropertyOwner()) {
+    case POOL:
+        return FindPoolProperty(parameter.GetName());
+    case MEMBER:
+        return FindMemberProperty(parameter.GetName());
+    default:
+        GlobalMessageManager::OutputMessage(
+            "Error: An Intrinsic Parameter of a Behaviour could not be added to the "
+            "MemberPool, because it's type is neither MEMBER nor POOL");
+        return Property::NIL;
+    }
+}
+
+/// Makes and adds the property of an intrinsic parameter. Property::NIL, with a message, when it cannot be
+/// made.
+///
+/// When the pool keeps an intrinsic property of the same name instead, the result is still the new one: its
+/// behaviour then has a property of its own.
+PropertyPtr MemberPool::AddIntrinsicProperty(Parameter const& parameter) {
+    bool const nameIsTaken =
+        parameter.IsUniqueIntrinsic() && GetPropertyFromName(parameter.GetName()) != Property::NIL;
+    PropertyPtr const created =
+        PropertyFactory::CreateProperty(nameIsTaken ? GetUniqueNameParam(parameter) : parameter);
+    if (created == Property::NIL) {
+        GlobalMessageManager::OutputMessage(
+            "Error: PropertyFactory could not build the intrinsic property for a behaviour");
+        return Property::NIL;
+    }
+    // Before the property is added: adding announces it under its ID.
+    AssignDefaultPropertyID(*created);
+    switch (created->GetPropertyOwner()) {
+    case POOL:
+        AddPoolProperty(created);
+        return created;
+    case MEMBER:
+        AddMemberProperty(created);
+        return created;
+    default:
+        GlobalMessageManager::OutputMessage(
+            "Error: An Intrinsic Parameter of a Behaviour could not be added to the "
+            "MemberPool, because it's type is neither MEMBER nor CONSTANT");
+        return Property::NIL;
+    }
+}
+
+namespace {
+
+/// Whether the text is nothing, or an underscore and a number as "_%u" writes it.
+bool IsUniqueSuffix(std::string_view suffix) {
+    if (suffix.empty()) {
+        return true;
+    }
+    if (suffix.front() != '_' || suffix.size() < 2) {
+        return false;
+    }
+    suffix.remove_prefix(1);
+    bool const superfluousZero = suffix.front() == '0' && suffix.size() > 1;
+    std::uint32_t number = 0;
+    auto const result = std::from_chars(suffix.data(), suffix.data() + suffix.size(), number);
+    return !superfluousZero && result.ec == std::errc() && result.ptr == suffix.data() + suffix.size();
+}
+
+} // namespace
+
+Parameter MemberPool::GetUniqueNameParam(Parameter parameter) const {
+    std::string_view const base = parameter.GetName();
+    std::vector<PropertyPtr> const properties = GetAllProperties();
+    auto const count = std::count_if(properties.begin(), properties.end(), [&](PropertyPtr const& property) {
+        std::string_view const candidate = property->GetName();
+        return candidate.starts_with(base) && IsUniqueSuffix(candidate.substr(base.size()));
+    });
+    if (count > 0) {
+        parameter.SetName(parameter.GetName() + "_" + std::to_string(count));
+    }
+    return parameter;
+}
+
+// Selections.
+
+void MemberPool::SetBasePoolsForMemberSelections() {
+    std::vector<PropertyPtr> selections;
+    GetAllPropertiesOfCertainType(selections, MEMBERSELECTION);
+    for (PropertyPtr const& property : selections) {
+        if (auto* const selectionProperty = dynamic_cast<MemberSelectionProperty*>(property.Get())) {
+            selectionProperty->SetBasePoolFromID();
+        }
+    }
+}
+
+} // namespace Gentra

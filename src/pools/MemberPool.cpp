@@ -1,0 +1,429 @@
+// Gentra, copyright the Gentra authors.
+// SPDX-License-Identifier: MIT
+
+#include "gentra/pools/MemberPool.h"
+
+#include "MemberPropertyTable.h"
+#include "PropertyTable.h"
+
+#include "gentra/behaviours/Behaviour.h"
+#include "gentra/pools/Context.h"
+#include "gentra/pools/ContextManager.h"
+#include "gentra/properties/PropertyFactory.h"
+#include "gentra/util/Event.h"
+#include "gentra/util/GlobalEventManager.h"
+#include "gentra/util/GlobalMessageManager.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace Gentra {
+
+using PropertyPtr = Util::RefCountPtr<Property>;
+
+// The event types are defined with the other load-time statics, in LoadTimeStatics.cpp.
+
+namespace {
+
+constexpr int ENTERS = 0;
+constexpr int LEAVES = 1;
+
+constinit unsigned int identitiesGiven = 0;
+
+int NextIdentity() {
+    if (static_cast<int>(identitiesGiven) == -1) { // the wildcard of event types
+        ++identitiesGiven;
+    }
+    return static_cast<int>(identitiesGiven++);
+}
+
+void AppendNames(std::vector<PropertyPtr> const& properties, std::vector<Util::String>& out) {
+    for (PropertyPtr const& property : properties) {
+        out.push_back(property->GetName());
+    }
+}
+
+} // namespace
+
+// Construction and identity.
+
+MemberPool::MemberPool(Context& newContext)
+    : MemberSelection(nullptr), context(newContext),
+      memberProperties(std::make_unique<MemberPropertyTable>()),
+      poolProperties(std::make_unique<PropertyTable>()), identity(NextIdentity()), announced(true) {
+    SetBasePool(this);
+    GlobalEventManager::Trigger(Util::Event(EVENT_CREATED, 0, 0, this));
+}
+
+MemberPool::MemberPool(MemberPool const& other)
+    : MemberSelection(nullptr), context(other.context),
+      memberProperties(std::make_unique<MemberPropertyTable>()),
+      poolProperties(std::make_unique<PropertyTable>(*other.poolProperties)),
+      activeBehaviours(other.activeBehaviours), passiveBehaviours(other.passiveBehaviours),
+      memberConstructionBehaviours(other.memberConstructionBehaviours),
+      poolConstructionBehaviours(other.poolConstructionBehaviours), compiled(other.compiled),
+      constructionFailed(other.constructionFailed), poolID(other.poolID), name(other.name),
+      lapTimer(other.lapTimer), performanceStats(other.performanceStats),
+      singleMemberUpdateIndex(other.singleMemberUpdateIndex), identity(NextIdentity()), announced(false) {
+    memberProperties->CopyLayout(*other.memberProperties);
+    SetBasePool(this);
+}
+
+MemberPool::~MemberPool() {
+    ClearPool();
+    if (announced) {
+        GlobalEventManager::Trigger(Util::Event(EVENT_DELETED, 0, 0, this));
+    }
+}
+
+bool MemberPool::SetNewMemberPoolID(Util::ShortID id) {
+    Context& mainContext = ContextManager::GetMainContext();
+    if (mainContext.GetMemberPoolFromID(id) != nullptr) {
+        return false;
+    }
+    if (announced) {
+        mainContext.ChangeMemberPoolID(poolID, id, *this);
+    }
+    poolID = id;
+    return true;
+}
+
+// Properties.
+
+PropertyPtr const& MemberPool::AddMemberProperty(PropertyPtr property) {
+    if (!CanEnter(property)) {
+        return Property::NIL;
+    }
+    if (property->IsSharedIntrinsic()) {
+        PropertyPtr const& existing =
+            Property::GetIntrinsicPropertyFromName(memberProperties->Properties().All(), property->GetName());
+        if (existing != Property::NIL) {
+            return existing;
+        }
+    }
+    if (!memberProperties->HasRoomFor(property->GetDataSize())) {
+        RefuseMemberProperty(*property);
+        return Property::NIL;
+    }
+    if (AnnounceEntering(property)) {
+        property->SetPropertyOwner(MEMBER);
+        property->SetOwnerPool(this);
+        memberProperties->Add(property);
+    }
+    return Property::NIL;
+}
+
+PropertyPtr const& MemberPool::AddPoolProperty(PropertyPtr property) {
+    if (!CanEnter(property)) {
+        return Property::NIL;
+    }
+    if (property->IsIntrinsic()) {
+        PropertyPtr const& existing =
+            Property::GetIntrinsicPropertyFromName(poolProperties->All(), property->GetName());
+        if (existing != Property::NIL) {
+            return existing;
+        }
+    }
+    if (AnnounceEntering(property)) {
+        property->SetOwnerPool(this);
+        property->SetPropertyOwner(POOL);
+        poolProperties->Insert(property);
+    }
+    return Property::NIL;
+}
+
+/// False for what is no property; reports one that is taken from another pool.
+bool MemberPool::CanEnter(PropertyPtr const& property) const {
+    if (property.Get() == nullptr || property == Property::NIL) {
+        return false;
+    }
+    if (property->GetOwnerPool() != nullptr && property->GetOwnerPool() != this) {
+        GlobalMessageManager::OutputMessage("Error: Property already used by another pool!");
+    }
+    return true;
+}
+
+/// The property stays a member property, but without a place: no behaviour linked to it gets ready.
+void MemberPool::RefuseMemberProperty(Property& property) const {
+    if (property.GetOwnerPool() == nullptr) {
+        property.SetPropertyOwner(MEMBER);
+        property.SetDataOffset(-1);
+    }
+    GlobalMessageManager::OutputMessage(
+        "Error :: Construction :: The Property \"%s\" could not be added to the "
+        "Pool \"%s\", because the Pool already has Members",
+        property.GetName().c_str(), name.c_str());
+}
+
+/// Triggers the event; false when a listener has destroyed the pool.
+bool MemberPool::AnnounceEntering(PropertyPtr const& property) {
+    Util::WeakPtr<MemberPool> const self = GetWeakPtr();
+    TriggerPropertyEvent(property, "MemberPool", ENTERS);
+    return self.Get() != nullptr;
+}
+
+PropertyPtr MemberPool::MakeProperty(Parameter const& parameter, Util::ShortID id) const {
+    PropertyPtr const property = PropertyFactory::CreateProperty(parameter);
+    if (property != Property::NIL) {
+        if (id == 0) {
+            AssignDefaultPropertyID(*property);
+        } else {
+            property->SetPropertyID(id);
+        }
+    }
+    return property;
+}
+
+void MemberPool::CreateMemberPropertyFromParameter(Parameter const& parameter, Util::ShortID id) {
+    AddMemberProperty(MakeProperty(parameter, id));
+}
+
+void MemberPool::CreatePoolPropertyFromParameter(Parameter const& parameter, Util::ShortID id) {
+    AddPoolProperty(MakeProperty(parameter, id));
+}
+
+void MemberPool::AssignDefaultPropertyID(Property& property) const {
+    property.SetPropertyID(static_cast<int>(property.GetName().Hash()) ^ poolID);
+}
+
+PropertyPtr MemberPool::GetPropertyByID(Util::ShortID id) const {
+    PropertyPtr const& found = poolProperties->FindByID(id);
+    return found != Property::NIL ? found : memberProperties->Properties().FindByID(id);
+}
+
+PropertyPtr MemberPool::GetPropertyFromName(Util::String const& propertyName) const {
+    PropertyPtr const& found = poolProperties->FindByName(propertyName);
+    return found != Property::NIL ? found : memberProperties->Properties().FindByName(propertyName);
+}
+
+PropertyPtr MemberPool::FindPoolProperty(Util::String const& propertyName) const {
+    return poolProperties->FindByName(propertyName);
+}
+
+PropertyPtr MemberPool::FindMemberProperty(Util::String const& propertyName) const {
+    return memberProperties->Properties().FindByName(propertyName);
+}
+
+int MemberPool::GetDataOffsetFromPropertyName(Util::String const& propertyName) const {
+    std::vector<PropertyPtr> const& properties = memberProperties->Properties().All();
+    auto const found = std::find_if(properties.begin(), properties.end(), [&](PropertyPtr const& property) {
+        return property->GetName() == propertyName;
+    });
+    if (found == properties.end()) {
+        return -1;
+    }
+    return memberProperties->PlaceOf(static_cast<std::size_t>(found - properties.begin())).offset;
+}
+
+std::vector<PropertyPtr> MemberPool::GetAllProperties() const {
+    std::vector<PropertyPtr> all = poolProperties->All();
+    std::vector<PropertyPtr> const& ofMembers = memberProperties->Properties().All();
+    all.insert(all.end(), ofMembers.begin(), ofMembers.end());
+    return all;
+}
+
+std::vector<PropertyPtr> MemberPool::GetAllMemberProperties() const {
+    return memberProperties->Properties().All();
+}
+
+void MemberPool::GetAllPropertiesOfCertainType(std::vector<PropertyPtr>& out, PropertyType type) const {
+    out.clear();
+    for (PropertyPtr const& property : GetAllProperties()) {
+        if (property->GetPropertyType() == type) {
+            out.push_back(property);
+        }
+    }
+}
+
+void MemberPool::GetAllPropertiesOfCertainTypeByName(std::vector<Util::String>& out,
+                                                     PropertyType type) const {
+    std::vector<PropertyPtr> properties;
+    GetAllPropertiesOfCertainType(properties, type);
+    out.clear();
+    AppendNames(properties, out);
+}
+
+void MemberPool::GetAllValuePropertiesByName(std::vector<Util::String>& out) const {
+    GetAllPropertiesOfCertainTypeByName(out, VALUE);
+}
+
+void MemberPool::GetAllVectorPropertiesByName(std::vector<Util::String>& out) const {
+    GetAllPropertiesOfCertainTypeByName(out, VECTOR);
+}
+
+void MemberPool::GetAllMemberSelectionPropertiesByName(std::vector<Util::String>& out) const {
+    GetAllPropertiesOfCertainTypeByName(out, MEMBERSELECTION);
+}
+
+void MemberPool::GetDefaultProperties(std::vector<PropertyPtr>& out) const {
+    std::vector<PropertyPtr> const& ofMembers = memberProperties->Properties().All();
+    out.assign(ofMembers.begin(), ofMembers.begin() + std::min<std::ptrdiff_t>(std::ssize(ofMembers), 2));
+}
+
+void MemberPool::TriggerPropertyEvent(PropertyPtr property, char const* subName, int param1) {
+    if (announced) {
+        GlobalEventManager::Trigger(
+            Util::Event(Util::EventType(Property::EVENT, subName, identity), param1, 0, &property));
+    }
+}
+
+// Members.
+
+Member MemberPool::CreateNewMember() {
+    unsigned char* const record = memberProperties->TakeRecord();
+    if (record == nullptr) {
+        GlobalMessageManager::OutputMessageOnce("Creating Members without any properties");
+        return Member();
+    }
+    unsigned int const clearedBefore = timesCleared;
+    std::vector<PropertyPtr> const& properties = memberProperties->Properties().All();
+    for (std::size_t i = 0; i < properties.size(); ++i) {
+        MemberPropertyTable::Place const place = memberProperties->PlaceOf(i);
+        Property& property = *properties[i];
+        unsigned char* const datum = record + place.offset;
+        // Only the size of user data can have changed since the layout was made.
+        int const size =
+            place.type == FIXEDSIZEDATA ? std::min(place.size, property.GetDataSize()) : place.size;
+        if (void const* const defaultData = property.GetPoolData()) {
+            std::memcpy(datum, defaultData, static_cast<std::size_t>(size));
+        } else {
+            std::memset(datum, 0, static_cast<std::size_t>(place.size));
+        }
+        property.OnInstanceCreation(datum);
+        if (timesCleared != clearedBefore) { // by the host's instance creation
+            return Member();
+        }
+    }
+
+    Member const member(record);
+    if (!memberConstructionBehaviours.empty()) {
+        std::vector<Member> newMembers(1, member);
+        InitializeNewMembers(newMembers);
+    }
+    return timesCleared == clearedBefore ? member : Member();
+}
+
+void MemberPool::DeleteMember(Member member) {
+    if (!member.IsValid()) {
+        return;
+    }
+    if (!memberProperties->IsRecordInUse(member.record)) {
+        GlobalMessageManager::OutputMessageOnce(
+            "Bug Report :: MemberPool :: The Pool \"%s\" was asked to delete a "
+            "Member it does not have",
+            name.c_str());
+        return;
+    }
+    unsigned int const clearedBefore = timesCleared;
+    std::vector<PropertyPtr> const& properties = memberProperties->Properties().All();
+    for (std::size_t i = 0; i < properties.size() && timesCleared == clearedBefore; ++i) {
+        properties[i]->OnInstanceDeletion(member.record + memberProperties->PlaceOf(i).offset);
+    }
+    memberProperties->GiveBackRecord(member.record);
+}
+
+unsigned char* MemberPool::GetDataFromMember(int memberIndex, int propertyIndex) {
+    return GetDataFromMemberSelectionMember(*this, memberIndex, propertyIndex);
+}
+
+unsigned char* MemberPool::GetDataFromMemberSelectionMember(MemberSelection& selection, int memberIndex,
+                                                            int propertyIndex) {
+    Member const member = selection.GetMemberByIndex(memberIndex);
+    auto const position = static_cast<std::size_t>(propertyIndex);
+    if (!member.IsValid() || propertyIndex < 0 || position >= memberProperties->Properties().All().size()) {
+        return nullptr;
+    }
+    return member.record + memberProperties->PlaceOf(position).offset;
+}
+
+bool MemberPool::RecordReaches(int offset, int size) const noexcept {
+    int const recordSize = memberProperties->RecordSize();
+    return offset >= 0 && size >= 0 && size <= recordSize && offset <= recordSize - size;
+}
+
+// Building.
+
+void MemberPool::InitializeMemberPool() {
+    ClearPool();
+}
+
+void MemberPool::ClearPool() {
+    ++timesCleared;
+    compiled = false;
+    constructionFailed = false;
+    Clear();
+    ClearBehaviours(activeBehaviours);
+    ClearBehaviours(passiveBehaviours);
+
+    // By index: a listener may still add properties, which then leave as well.
+    for (std::size_t i = 0; i < poolProperties->All().size(); ++i) {
+        TriggerPropertyEvent(poolProperties->All()[i], "Deleted", LEAVES);
+    }
+    poolProperties->Clear(*this);
+    for (std::size_t i = 0; i < memberProperties->Properties().All().size(); ++i) {
+        TriggerPropertyEvent(memberProperties->Properties().All()[i], "MemberPool", LEAVES);
+    }
+
+    // Taken out of the lists first: the last reference may run a host's destructor.
+    for (BehaviourList* const list : {&activeBehaviours, &passiveBehaviours, &memberConstructionBehaviours,
+                                      &poolConstructionBehaviours}) {
+        BehaviourList const leaving = std::exchange(*list, {});
+    }
+    memberProperties->Clear(*this);
+}
+
+/// A copied pool shares its behaviours with the pool that owns them, and lets them be.
+void MemberPool::ClearBehaviours(BehaviourList& behaviours) {
+    if (!announced) {
+        return;
+    }
+    for (std::size_t i = 0; i < behaviours.size(); ++i) {
+        Util::RefCountPtr<Behaviour> const behaviour = behaviours[i];
+        behaviour->ClearBehaviour();
+    }
+}
+
+void MemberPool::CompileMemberPool() {
+    if (constructionFailed) {
+        GlobalMessageManager::OutputMessage(
+            "Error :: MemberPoolCompilation :: due to errors during the construction "
+            "phase the pool \"%s\" will not get compiled",
+            name.c_str());
+        return;
+    }
+    for (Util::RefCountPtr<Behaviour> const& behaviour : GetAllBehaviours()) {
+        behaviour->PushLinkedParamsToFastParams();
+    }
+    InitPoolProperties();
+    compiled = true;
+}
+
+void MemberPool::InitPoolProperties() {
+    for (std::size_t i = 0; i < poolProperties->All().size(); ++i) {
+        PropertyPtr const property = poolProperties->All()[i];
+        property->OnInstanceCreation(static_cast<unsigned char*>(property->GetPoolData()));
+    }
+}
+
+// Behaviours.
+
+std::vector<Util::RefCountPtr<Behaviour>> MemberPool::GetAllBehaviours() const {
+    BehaviourList all;
+    for (BehaviourList const* const list : {&activeBehaviours, &passiveBehaviours,
+                                            &memberConstructionBehaviours, &poolConstructionBehaviours}) {
+        all.insert(all.end(), list->begin(), list->end());
+    }
+    return all;
+}
+
+Util::RefCountPtr<Behaviour> MemberPool::GetBehaviourByName(Util::String const& behaviourName) const {
+    for (Util::RefCountPtr<Behaviour> const& behaviour : GetAllBehaviours()) {
+        if (behaviour->GetName() == behaviourName) {
+            return behaviour;
+        }
+    }
+    return Behaviour::NIL;
+}
+
+} // namespace Gentra

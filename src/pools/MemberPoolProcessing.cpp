@@ -1,0 +1,193 @@
+// Gentra, copyright the Gentra authors.
+// SPDX-License-Identifier: MIT
+
+#include "gentra/pools/MemberPool.h"
+
+#include "MemberPropertyTable.h"
+#include "PropertyTable.h"
+
+#include "gentra/behaviours/Behaviour.h"
+#include "gentra/pools/Context.h"
+#include "gentra/pools/ContextManager.h"
+#include "gentra/util/GlobalMessageManager.h"
+
+#include <algorithm>
+
+// A behaviour that runs may change the pool's lists of behaviours or rebuild the pool. So each loop reads the
+// length of its list afresh, and holds the behaviour that it runs.
+
+namespace Gentra {
+
+namespace {
+
+/// The longest time step that behaviours are given, in seconds.
+constexpr float LONGEST_STEP = 1.0f;
+
+} // namespace
+
+void MemberPool::ProcessMemberPool() {
+    if (!compiled && !constructionFailed) {
+        ContextManager::GetMainContext().ForceConstructAllMemberPools();
+    }
+    if (!compiled || constructionFailed) {
+        return;
+    }
+    performanceStats.SampleStart();
+    UpdateTimeElapsed();
+    std::vector<Member>& members = GetAllMembers();
+    for (std::size_t i = 0; i < activeBehaviours.size(); ++i) {
+        Util::RefCountPtr<Behaviour> const behaviour = activeBehaviours[i];
+        if (!IsReadyHere(*behaviour)) {
+            continue;
+        }
+        behaviour->UpdateProperties();
+        behaviour->RefreshConstants();
+        if (singleMemberUpdateIndex < 0) {
+            RunSampled(*behaviour, members);
+            continue;
+        }
+        behaviour->PerformanceStats().SampleStart();
+        if (auto const index = static_cast<std::size_t>(singleMemberUpdateIndex); index < members.size()) {
+            behaviour->ProcessSingleMember(members[index], ActiveMember());
+        }
+        behaviour->PerformanceStats().SampleStop();
+    }
+    performanceStats.SampleStop();
+}
+
+void MemberPool::UpdateTimeElapsed() {
+    Util::RefCountPtr<Property> const timeElapsed = GetPropertyFromName("TimeElapsed");
+    if (timeElapsed == Property::NIL) {
+        return;
+    }
+    float const lap = lapTimer.Lap();
+    // In this order a lap that is not a number counts as too long. -1, for no clock, passes.
+    timeElapsed->value = lap < LONGEST_STEP ? lap : LONGEST_STEP;
+}
+
+void MemberPool::ApplyPassiveBehaviour(Util::RefCountPtr<Behaviour> const& behaviour) {
+    if (Util::RefCountPtr<Behaviour> const held = behaviour; held.Get() != nullptr) {
+        ApplyPassiveBehaviour(*held);
+    }
+}
+
+void MemberPool::ApplyPassiveBehaviour(Behaviour& behaviour) {
+    if (!CheckOwnership(behaviour, "PassiveBehaviour")) {
+        return;
+    }
+    std::vector<Member>& members = GetAllMembers();
+    if (IsReadyHere(behaviour)) {
+        behaviour.UpdateProperties();
+        behaviour.RefreshConstants();
+        RunSampled(behaviour, members);
+    }
+}
+
+void MemberPool::ApplyPassiveBehaviourOnActiveMember(Util::RefCountPtr<Behaviour> const& behaviour) {
+    if (Util::RefCountPtr<Behaviour> const held = behaviour; held.Get() != nullptr) {
+        ApplyPassiveBehaviourOnActiveMember(*held);
+    }
+}
+
+void MemberPool::ApplyPassiveBehaviourOnActiveMember(Behaviour& behaviour) {
+    if (!CheckOwnership(behaviour, "PassiveBehaviour")) {
+        return;
+    }
+    std::vector<Member> members(1, ActiveMember());
+    if (IsReadyHere(behaviour)) {
+        behaviour.RefreshConstants();
+        RunSampled(behaviour, members);
+    }
+}
+
+void MemberPool::ApplyBehaviourOnMemberSelection(Util::RefCountPtr<Behaviour> const& behaviour,
+                                                 MemberSelection& selection) {
+    Util::RefCountPtr<Behaviour> const held = behaviour;
+    if (held.Get() == nullptr || !CheckOwnership(*held, "Behaviour")) {
+        return;
+    }
+    if (selection.GetBasePool() != this) {
+        GlobalMessageManager::OutputMessage(
+            "Error :: PoolProcessing :: The Behaviour \"%s\" can not be used. The Behaviour belongs to the "
+            "Pool "
+            "\"%s\", but the MemberSelection it should be applied on does not use that BasePool",
+            held->GetName().c_str(), name.c_str());
+        return;
+    }
+    std::vector<Member>& members = selection.GetAllMembers();
+    if (IsReadyHere(*held)) {
+        held->UpdateProperties();
+        held->RefreshConstants();
+        RunSampled(*held, members);
+    }
+}
+
+void MemberPool::InitializeNewMembers(std::vector<Member>& newMembers) {
+    Member const activeBefore = ActiveMember();
+    for (std::size_t i = 0; i < memberConstructionBehaviours.size(); ++i) {
+        Util::RefCountPtr<Behaviour> const behaviour = memberConstructionBehaviours[i];
+        if (IsReadyHere(*behaviour)) {
+            behaviour->RefreshConstants();
+            RunSampled(*behaviour, newMembers);
+        }
+    }
+    ActiveMember() = activeBefore;
+}
+
+void MemberPool::TriggerPoolConstructor() {
+    for (std::size_t i = 0; i < poolConstructionBehaviours.size(); ++i) {
+        Util::RefCountPtr<Behaviour> const behaviour = poolConstructionBehaviours[i];
+        std::vector<Member> members(1, ActiveMember());
+        // The behaviour itself decides whether it is ready. Without an active member it is given no record
+        // that could be too small for it.
+        if (!IsActiveMemberValid() || LayoutFits(*behaviour)) {
+            RunSampled(*behaviour, members);
+        }
+    }
+}
+
+bool MemberPool::CheckOwnership(Behaviour const& behaviour, char const* kind) const {
+    if (behaviour.GetOwnerPool() == this) {
+        return true;
+    }
+    GlobalMessageManager::OutputMessage(
+        "Error :: PoolProcessing :: The %s \"%s\" can not be used for the Pool \"%s\", "
+        "because he does not own that behaviour",
+        kind, behaviour.GetName().c_str(), name.c_str());
+    return false;
+}
+
+bool MemberPool::IsReadyHere(Behaviour& behaviour) const {
+    behaviour.CheckForUpdate();
+    return behaviour.ReadyToUse() && LayoutFits(behaviour);
+}
+
+/// The accessors of a running behaviour check nothing. A behaviour may have been compiled for an earlier
+/// layout or be linked to members of another pool; then it must not see the members of this one.
+bool MemberPool::LayoutFits(Behaviour const& behaviour) const {
+    std::size_t const count = behaviour.NumLinkedParameters();
+    for (std::size_t i = 0; i < count; ++i) {
+        if (behaviour.fastParams[i].owner != MEMBER) {
+            continue;
+        }
+        Property& linked = *behaviour.linkedProperties[i];
+        MemberPropertyTable::Place const place{behaviour.fastParams[i].dataOffset, linked.GetDataSize(),
+                                               linked.GetPropertyType()};
+        if (!memberProperties->HasDatum(place)) {
+            GlobalMessageManager::OutputMessageOnce("Error :: PoolProcessing :: The Behaviour \"%s\" can not "
+                                                    "be used for the Pool \"%s\", because its "
+                                                    "Member Properties do not fit the Members",
+                                                    behaviour.GetName().c_str(), name.c_str());
+            return false;
+        }
+    }
+    return true;
+}
+
+void MemberPool::RunSampled(Behaviour& behaviour, std::vector<Member>& members) {
+    behaviour.PerformanceStats().SampleStart();
+    behaviour.ProcessMembers(members, ActiveMember());
+    behaviour.PerformanceStats().SampleStop();
+}
+
+} // namespace Gentra

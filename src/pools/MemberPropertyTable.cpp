@@ -1,0 +1,75 @@
+// Gentra, copyright the Gentra authors.
+// SPDX-License-Identifier: MIT
+
+#include "MemberPropertyTable.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+namespace Gentra {
+
+bool MemberPropertyTable::HasRoomFor(int size) const noexcept {
+    return storage == nullptr && size >= 0 && size <= std::numeric_limits<int>::max() - recordSize;
+}
+
+void MemberPropertyTable::Add(Util::RefCountPtr<Property> const& property) {
+    Place const place{recordSize, property->GetDataSize(), property->GetPropertyType()};
+    places.reserve(places.size() + 1);
+    if (table.Insert(property)) {
+        places.push_back(place);
+    } else {
+        placesOnly.push_back(place);
+    }
+    property->SetDataOffset(place.offset);
+    recordSize += place.size;
+}
+
+void MemberPropertyTable::CopyLayout(MemberPropertyTable const& other) {
+    table = other.table;
+    places = other.places;
+    placesOnly = other.placesOnly;
+    recordSize = other.recordSize;
+}
+
+void MemberPropertyTable::Clear(MemberPool const& pool) {
+    places.clear();
+    placesOnly.clear();
+    recordSize = 0;
+    storage.reset();
+    table.Clear(pool);
+}
+
+bool MemberPropertyTable::HasDatum(Place const& place) const noexcept {
+    auto const isSame = [&](Place const& other) {
+        return other.offset == place.offset && other.size == place.size && other.type == place.type;
+    };
+    return std::any_of(places.begin(), places.end(), isSame) ||
+           std::any_of(placesOnly.begin(), placesOnly.end(), isSame);
+}
+
+unsigned char* MemberPropertyTable::TakeRecord() {
+    if (recordSize < 1) {
+        return nullptr;
+    }
+    if (storage == nullptr) {
+        storage = std::make_unique<MemberRecordStorage>(static_cast<std::size_t>(recordSize));
+    }
+    unsigned char* const record = storage->Take();
+    for (Place const& place : placesOnly) {
+        std::memset(record + place.offset, 0, static_cast<std::size_t>(place.size));
+    }
+    return record;
+}
+
+bool MemberPropertyTable::IsRecordInUse(unsigned char const* record) {
+    return storage != nullptr && storage->IsInUse(record);
+}
+
+void MemberPropertyTable::GiveBackRecord(unsigned char* record) {
+    if (IsRecordInUse(record)) {
+        storage->GiveBack(record);
+    }
+}
+
+} // namespace Gentra

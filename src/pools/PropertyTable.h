@@ -1,0 +1,40 @@
+// Gentra, copyright the Gentra authors.
+// SPDX-License-Identifier: MIT
+
+#ifndef GENTRA_SRC_POOLS_PROPERTYTABLE_H
+#define GENTRA_SRC_POOLS_PROPERTYTABLE_H
+
+#include "gentra/properties/Property.h"
+#include "gentra/util/RefCountPtr.h"
+#include "gentra/util/ShortID.h"
+#include "gentra/util/String.h"
+
+#include <cstddef>
+#include <unordered_map>
+#include <vector>
+
+namespace Gentra {
+
+/// Properties by ID, in order of insertion.
+class PropertyTable {
+public:
+    using PropertyPtr = Util::RefCountPtr<Property>;
+
+    /// Inserts the property under its present ID; false, with nothing changed, when the table has that ID.
+    bool Insert(PropertyPtr const& property);
+    /// Empties the table; the properties belong to `pool` no longer.
+    void Clear(MemberPool const& pool);
+
+    [[nodiscard]] std::vector<PropertyPtr> const& All() const noexcept { return properties; }
+    // Property::NIL when there is none.
+    [[nodiscard]] PropertyPtr const& FindByID(Util::ShortID id) const;
+    [[nodiscard]] PropertyPtr const& FindByName(Util::String const& name) const;
+
+private:
+    std::vector<PropertyPtr> properties;
+    std::unordered_map<int, std::size_t> positions; ///< By ID, whose value is its own hash.
+};
+
+} // namespace Gentra
+
+#endif

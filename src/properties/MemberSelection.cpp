@@ -1,0 +1,475 @@
+// Gentra, copyright the Gentra authors.
+// SPDX-License-Identifier: MIT
+
+#include "gentra/properties/MemberSelection.h"
+
+#include "SelectionEdits.h"
+
+#include "gentra/util/GlobalMessageManager.h"
+
+// Upward: members are created and deleted by the base pool.
+#include "gentra/pools/MemberPool.h"
+
+#include <algorithm>
+
+namespace Gentra {
+
+namespace {
+
+constexpr std::uint32_t NO_SLOT = SlotOrder::NONE;
+
+/// Building the index of members costs about as much as looking at each member this many times.
+constexpr std::size_t SEARCHES_PER_INDEX = 8;
+/// Below this size a search is cheaper than any index.
+constexpr std::size_t SMALLEST_INDEXED = 64;
+
+} // namespace
+
+MemberSelection::MemberSelection(MemberPool* newBasePool) {
+    SetBasePool(newBasePool);
+}
+
+MemberSelection::MemberSelection(MemberSelection const& other)
+    : basePool(other.basePool), memberVector(other.memberVector), appended(other.appended),
+      edits(other.edited ? std::make_unique<SelectionEdits>(*other.edits) : nullptr), kept(other.kept),
+      entryCount(other.entryCount), cursor(other.cursor), recreationTimeStamp(other.recreationTimeStamp),
+      activeMember(other.activeMember), memberVectorOutOfDate(other.memberVectorOutOfDate),
+      cursorValid(other.cursorValid), edited(other.edited) {}
+
+MemberSelection& MemberSelection::operator=(MemberSelection const& other) {
+    MemberSelection copy(other);
+    basePool = copy.basePool;
+    memberVector.swap(copy.memberVector);
+    appended.swap(copy.appended);
+    edits.swap(copy.edits);
+    kept = copy.kept;
+    entryCount = copy.entryCount;
+    cursor = copy.cursor;
+    recreationTimeStamp = copy.recreationTimeStamp;
+    activeMember = copy.activeMember;
+    memberVectorOutOfDate = copy.memberVectorOutOfDate;
+    cursorValid = copy.cursorValid;
+    edited = copy.edited;
+    return *this;
+}
+
+MemberSelection::~MemberSelection() = default;
+
+void MemberSelection::SetBasePool(MemberPool* newBasePool) {
+    basePool = newBasePool != nullptr ? newBasePool->GetWeakPtr() : Util::WeakPtr<MemberPool>();
+}
+
+// The cursor.
+
+bool MemberSelection::FirstMemberActive() const {
+    return cursorValid && cursor == FirstSlot();
+}
+
+bool MemberSelection::ActivateFirstMember() {
+    DropVanishedEntries();
+    return ActivateSlot(FirstSlot());
+}
+
+bool MemberSelection::ActivateLastMember() {
+    DropVanishedEntries();
+    return ActivateSlot(LastSlot());
+}
+
+bool MemberSelection::ActivateNextMember() {
+    DropVanishedEntries();
+    Slot const next = cursorValid ? NextSlot(cursor) : NO_SLOT;
+    if (next == NO_SLOT) {
+        return ActivateFirstMember();
+    }
+    ActivateSlot(next);
+    if (MemberPool* const pool = basePool) {
+        pool->ActiveMember() = activeMember;
+    }
+    return true;
+}
+
+bool MemberSelection::ActivatePreviousMember() {
+    DropVanishedEntries();
+    Slot const previous = cursorValid ? PreviousSlot(cursor) : NO_SLOT;
+    return previous != NO_SLOT ? ActivateSlot(previous) : ActivateLastMember();
+}
+
+void MemberSelection::ActivateMember(int index) {
+    BringUpToDate();
+    DropVanishedEntries();
+    if (index >= 0 && static_cast<Slot>(index) < entryCount) {
+        ActivateSlot(SlotAtIndex(static_cast<Slot>(index)));
+    }
+}
+
+void MemberSelection::ClearActiveMember() noexcept {
+    activeMember = Member();
+    cursorValid = false;
+}
+
+/// Leaves the active member alone: it is the host's where it differs from the one at the cursor.
+void MemberSelection::MoveCursorTo(Slot slot) noexcept {
+    cursor = slot;
+    cursorValid = slot != NO_SLOT;
+}
+
+/// Activates the slot, or clears the active member when there is none.
+bool MemberSelection::ActivateSlot(Slot slot) noexcept {
+    MoveCursorTo(slot);
+    activeMember = cursorValid ? At(slot) : Member();
+    return cursorValid;
+}
+
+// Adding.
+
+void MemberSelection::AddMembers(MemberPool& pool, std::vector<Member> const& members) {
+    if (basePool.Get() != &pool) {
+        return;
+    }
+    if (edited) {
+        for (Member const member : members) {
+            AppendEdited(member);
+        }
+        return;
+    }
+    if (!members.empty()) {
+        appended.insert(appended.end(), members.begin(), members.end());
+        entryCount += static_cast<Slot>(members.size());
+        memberVectorOutOfDate = true;
+    }
+}
+
+void MemberSelection::AddNewMember() {
+    MemberPool* const pool = basePool;
+    if (pool == nullptr) {
+        return;
+    }
+    Member const member = pool->CreateNewMember();
+    if (!member.IsValid()) {
+        return;
+    }
+    AddMember(*pool, member);
+    if (this != pool) {
+        pool->AddMember(*pool, member);
+    }
+}
+
+bool MemberSelection::InsertMemberAfterActiveMember(Member member) {
+    return InsertAtCursor(member, true);
+}
+
+bool MemberSelection::InsertMemberBeforeActiveMember(Member member) {
+    return InsertAtCursor(member, false);
+}
+
+bool MemberSelection::InsertNewMemberAfterActiveMember() {
+    return InsertNewAtCursor(true);
+}
+
+bool MemberSelection::InsertNewMemberBeforeActiveMember() {
+    return InsertNewAtCursor(false);
+}
+
+bool MemberSelection::InsertNewAtCursor(bool behind) {
+    MemberPool* const pool = basePool;
+    if (pool == nullptr) {
+        return false;
+    }
+    Member const member = pool->CreateNewMember();
+    if (!member.IsValid()) {
+        return false;
+    }
+    if (!InsertAtCursor(member, behind)) {
+        pool->DeleteMember(member);
+        return false;
+    }
+    return true;
+}
+
+bool MemberSelection::InsertAtCursor(Member member, bool behind) {
+    DropVanishedEntries();
+    if (!cursorValid) {
+        return false;
+    }
+    if (behind && cursor == LastSlot()) {
+        Append(member);
+        return true;
+    }
+    BeginEdits();
+    appended.push_back(member);
+    if (behind) {
+        edits->order.InsertAfter(cursor);
+    } else {
+        edits->order.InsertBefore(cursor);
+    }
+    if (edits->index.IsBuilt()) {
+        edits->index.Add(SlotCount() - 1, member, edits->order, [this](Slot slot) { return At(slot); });
+    }
+    ++entryCount;
+    memberVectorOutOfDate = true;
+    return true;
+}
+
+void MemberSelection::AppendEdited(Member member) {
+    appended.push_back(member);
+    edits->order.Append();
+    if (edits->index.IsBuilt()) {
+        edits->index.Add(SlotCount() - 1, member, edits->order, [this](Slot slot) { return At(slot); });
+    }
+    ++entryCount;
+    memberVectorOutOfDate = true;
+}
+
+void MemberSelection::ReportForeignPool(MemberPool& pool) const {
+    MemberPool const* const own = basePool;
+    GlobalMessageManager::OutputMessageOnce("Error : Can't add Member to MemberSelection. The Members "
+                                            "BasePool is \"%s\" while the MemberSelections "
+                                            "BasePool is \"%s\"",
+                                            pool.GetName().c_str(),
+                                            own != nullptr ? own->GetName().c_str() : "NULL");
+}
+
+// Removing.
+
+Member MemberSelection::RemoveActiveMember() {
+    DropVanishedEntries();
+    if (!cursorValid) {
+        return Member();
+    }
+    Slot const removed = cursor;
+    Member const member = At(removed);
+    if (entryCount < 2) {
+        ClearActiveMember();
+    } else {
+        ActivateNextMember();
+    }
+    EraseSlot(removed);
+    return member;
+}
+
+Member MemberSelection::RemoveMemberByIndex(int index) {
+    DropVanishedEntries();
+    if (index < 0 || static_cast<Slot>(index) >= entryCount) {
+        return Member();
+    }
+    return RemoveSlot(SlotAtIndex(static_cast<Slot>(index)));
+}
+
+void MemberSelection::RemoveMember(Member member) {
+    DropVanishedEntries();
+    Slot const slot = FindFirst(member);
+    if (slot != NO_SLOT) {
+        RemoveSlot(slot);
+    }
+}
+
+Member MemberSelection::RemoveAnyMember() {
+    DropVanishedEntries();
+    return entryCount > 0 ? RemoveSlot(LastSlot()) : Member();
+}
+
+Member MemberSelection::RemoveSlot(Slot slot) {
+    Member const member = At(slot);
+    EraseSlot(slot);
+    if (member == activeMember) {
+        ActivateFirstMember();
+    } else if (cursorValid && cursor == slot) {
+        // The host has overwritten the active member: the cursor must not stay on an entry that has gone.
+        MoveCursorTo(FirstSlot());
+    }
+    return member;
+}
+
+void MemberSelection::EraseSlot(Slot slot) {
+    if (!edited && slot + 1 == SlotCount()) {
+        // The end of the list comes off without further ado; the vector stays as it was read.
+        if (!appended.empty()) {
+            appended.pop_back();
+        } else {
+            --kept;
+        }
+    } else {
+        BeginEdits();
+        edits->order.Erase(slot);
+    }
+    --entryCount;
+    memberVectorOutOfDate = true;
+}
+
+void MemberSelection::SetMemberCount(int count) {
+    int const wanted = std::max(count, 0);
+    int const present = GetNumMembers();
+    for (int missing = wanted - present; missing > 0; --missing) {
+        AddNewMember();
+    }
+    for (int surplus = present - wanted; surplus > 0; --surplus) {
+        RemoveAnyMember();
+    }
+}
+
+void MemberSelection::Clear() {
+    memberVector.clear();
+    appended.clear();
+    // The first members to come are appended: let them find the memory that is there.
+    if (appended.capacity() < memberVector.capacity()) {
+        appended.swap(memberVector);
+    }
+    edited = false;
+    kept = 0;
+    entryCount = 0;
+    ClearActiveMember();
+    memberVectorOutOfDate = false;
+}
+
+// The list behind it.
+
+SelectionEdits& MemberSelection::Edits() {
+    if (edits == nullptr) {
+        edits = std::make_unique<SelectionEdits>();
+    }
+    return *edits;
+}
+
+void MemberSelection::BeginEdits() {
+    if (edited) {
+        return;
+    }
+    Edits().order.Start(SlotCount());
+    edits->index.Drop();
+    edited = true;
+}
+
+/// A host that shrinks the vector it was given takes the entries at its end out of the list; nothing may be
+/// read where they were.
+void MemberSelection::DropVanishedEntries() {
+    if (memberVector.size() >= kept) {
+        return;
+    }
+    BeginEdits();
+    SlotOrder& order = edits->order;
+    for (auto slot = static_cast<Slot>(memberVector.size()); slot < kept; ++slot) {
+        if (order.IsLive(slot)) {
+            order.Erase(slot);
+            --entryCount;
+        }
+    }
+    memberVector.resize(kept);
+    memberVectorOutOfDate = true;
+    if (cursorValid && !order.IsLive(cursor)) {
+        ActivateSlot(order.First());
+    }
+}
+
+MemberSelection::Slot MemberSelection::FirstSlot() const noexcept {
+    if (edited) {
+        return edits->order.First();
+    }
+    return entryCount > 0 ? 0 : NO_SLOT;
+}
+
+MemberSelection::Slot MemberSelection::LastSlot() const noexcept {
+    if (edited) {
+        return edits->order.Last();
+    }
+    return entryCount > 0 ? entryCount - 1 : NO_SLOT;
+}
+
+MemberSelection::Slot MemberSelection::NextSlot(Slot slot) const noexcept {
+    if (edited) {
+        return edits->order.Next(slot);
+    }
+    return slot + 1 < entryCount ? slot + 1 : NO_SLOT;
+}
+
+MemberSelection::Slot MemberSelection::PreviousSlot(Slot slot) const noexcept {
+    if (edited) {
+        return edits->order.Previous(slot);
+    }
+    return slot > 0 ? slot - 1 : NO_SLOT;
+}
+
+MemberSelection::Slot MemberSelection::SlotAtIndex(Slot index) {
+    return edited ? edits->order.AtPosition(index) : index;
+}
+
+MemberSelection::Slot MemberSelection::FindFirst(Member member) {
+    auto const memberAt = [this](Slot slot) { return At(slot); };
+    std::size_t& searched = Edits().searched;
+    if (edited && edits->index.IsBuilt()) {
+        return edits->index.Find(member, edits->order, memberAt);
+    }
+    if (entryCount >= SMALLEST_INDEXED && searched >= SEARCHES_PER_INDEX * entryCount) {
+        BeginEdits();
+        edits->index.Build(edits->order, memberAt);
+        searched = 0;
+        return edits->index.Find(member, edits->order, memberAt);
+    }
+    Slot slot = FirstSlot();
+    while (slot != NO_SLOT && At(slot) != member) {
+        ++searched;
+        slot = NextSlot(slot);
+    }
+    return slot;
+}
+
+void MemberSelection::RecreateMemberVector() {
+    DropVanishedEntries();
+    if (edited) {
+        TakeOverEdits();
+    } else {
+        TakeOverAppended();
+    }
+    kept = entryCount;
+    if (edits != nullptr) {
+        edits->searched = 0;
+    }
+    ++recreationTimeStamp;
+    memberVectorOutOfDate = false;
+}
+
+void MemberSelection::TakeOverAppended() {
+    memberVector.resize(kept);
+    if (kept == 0) {
+        memberVector.swap(appended);
+        return;
+    }
+    if (memberVector.capacity() < entryCount) {
+        // Doubling would waste up to half of a large population's vector.
+        memberVector.reserve(entryCount + entryCount / 8);
+    }
+    memberVector.insert(memberVector.end(), appended.begin(), appended.end());
+    appended.clear();
+}
+
+void MemberSelection::TakeOverEdits() {
+    SlotOrder const& order = edits->order;
+    bool const inPlace = order.IsAscending(); // then no entry is overwritten before it is read
+    std::vector<Member> ordered;
+    std::vector<Member>& target = inPlace ? memberVector : ordered;
+    Slot const oldKept = kept;
+    std::size_t const room = std::max<std::size_t>(entryCount, inPlace ? oldKept : 0);
+    if (target.capacity() < room) {
+        target.reserve(room);
+    }
+    target.resize(room);
+
+    Slot position = 0;
+    Slot newCursor = NO_SLOT;
+    for (Slot slot = order.First(); slot != NO_SLOT; slot = order.Next(slot)) {
+        if (slot == cursor) {
+            newCursor = position;
+        }
+        target[position++] = slot < oldKept ? memberVector[slot] : appended[slot - oldKept];
+    }
+    target.resize(position);
+    if (!inPlace) {
+        memberVector.swap(ordered);
+    }
+    appended.clear();
+    edited = false;
+    if (cursorValid) {
+        MoveCursorTo(newCursor);
+    }
+}
+
+} // namespace Gentra

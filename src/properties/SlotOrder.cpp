@@ -1,0 +1,219 @@
+// Gentra, copyright the Gentra authors.
+// SPDX-License-Identifier: MIT
+
+#include "SlotOrder.h"
+
+#include <bit>
+
+namespace Gentra {
+
+namespace {
+
+/// The lowest set bit of a number, which is how far a node of a binary indexed tree reaches back.
+std::size_t LowestBit(std::size_t number) noexcept {
+    return number & (~number + 1);
+}
+
+/// The position of the set bit number `rank` (from 0) of a word.
+unsigned int SelectBit(std::uint64_t word, unsigned int rank) noexcept {
+    for (; rank > 0; --rank) {
+        word &= word - 1;
+    }
+    return static_cast<unsigned int>(std::countr_zero(word));
+}
+
+} // namespace
+
+void SlotOrder::Start(Slot count) {
+    links.clear();
+    counts.clear();
+    live.assign((count + WORD_BITS - 1) / WORD_BITS, ~std::uint64_t{0});
+    if (count % WORD_BITS != 0) {
+        live.back() >>= WORD_BITS - count % WORD_BITS;
+    }
+    slotCount = count;
+    liveCount = count;
+    first = count > 0 ? 0 : NONE;
+    last = count > 0 ? count - 1 : NONE;
+}
+
+SlotOrder::Slot SlotOrder::Next(Slot slot) const noexcept {
+    if (slot == last) {
+        return NONE;
+    }
+    return IsAscending() ? NextLive(slot) : links[slot].next;
+}
+
+SlotOrder::Slot SlotOrder::Previous(Slot slot) const noexcept {
+    if (slot == first) {
+        return NONE;
+    }
+    return IsAscending() ? PreviousLive(slot) : links[slot].previous;
+}
+
+SlotOrder::Slot SlotOrder::NextLive(Slot slot) const noexcept {
+    std::size_t word = (slot + 1) / WORD_BITS;
+    std::uint64_t bits = live[word] & (~std::uint64_t{0} << ((slot + 1) % WORD_BITS));
+    while (bits == 0) {
+        bits = live[++word];
+    }
+    return static_cast<Slot>(word) * WORD_BITS + static_cast<Slot>(std::countr_zero(bits));
+}
+
+SlotOrder::Slot SlotOrder::PreviousLive(Slot slot) const noexcept {
+    std::size_t word = (slot - 1) / WORD_BITS;
+    std::uint64_t bits = live[word] & (~std::uint64_t{0} >> (WORD_BITS - 1 - (slot - 1) % WORD_BITS));
+    while (bits == 0) {
+        bits = live[--word];
+    }
+    return static_cast<Slot>(word) * WORD_BITS + (WORD_BITS - 1) - static_cast<Slot>(std::countl_zero(bits));
+}
+
+SlotOrder::Slot SlotOrder::AtPosition(Slot position) {
+    if (IsAscending()) {
+        if (liveCount == slotCount) {
+            return position;
+        }
+        if (counts.empty()) {
+            BuildCounts();
+        }
+        return SelectLive(position);
+    }
+    Slot slot = NONE;
+    if (position < liveCount / 2) {
+        slot = first;
+        for (Slot i = 0; i < position; ++i) {
+            slot = links[slot].next;
+        }
+    } else {
+        slot = last;
+        for (Slot i = liveCount - 1; i > position; --i) {
+            slot = links[slot].previous;
+        }
+    }
+    return slot;
+}
+
+void SlotOrder::Append() {
+    Slot const slot = slotCount;
+    AddLiveSlot();
+    if (!IsAscending()) {
+        links.push_back({last, NONE});
+        if (last != NONE) {
+            links[last].next = slot;
+        }
+    }
+    last = slot;
+    if (first == NONE) {
+        first = slot;
+    }
+}
+
+void SlotOrder::InsertAfter(Slot where) {
+    if (where == last) {
+        Append();
+        return;
+    }
+    BuildLinks();
+    Slot const slot = slotCount;
+    AddLiveSlot();
+    LinkBetween(where, slot, links[where].next);
+}
+
+void SlotOrder::InsertBefore(Slot where) {
+    BuildLinks();
+    Slot const slot = slotCount;
+    AddLiveSlot();
+    LinkBetween(where == first ? NONE : links[where].previous, slot, where);
+}
+
+void SlotOrder::Erase(Slot slot) {
+    Slot const next = Next(slot);
+    Slot const previous = Previous(slot);
+    if (!IsAscending()) {
+        if (previous != NONE) {
+            links[previous].next = next;
+        }
+        if (next != NONE) {
+            links[next].previous = previous;
+        }
+    }
+    if (slot == first) {
+        first = next;
+    }
+    if (slot == last) {
+        last = previous;
+    }
+    live[slot / WORD_BITS] &= ~(std::uint64_t{1} << (slot % WORD_BITS));
+    --liveCount;
+    if (!counts.empty()) {
+        ChangeCount(slot / WORD_BITS, -1);
+    }
+}
+
+void SlotOrder::AddLiveSlot() {
+    if (slotCount % WORD_BITS == 0) {
+        live.push_back(0);
+        counts.clear(); // a tree for more words is built when it is next needed
+    }
+    live.back() |= std::uint64_t{1} << (slotCount % WORD_BITS);
+    ++slotCount;
+    ++liveCount;
+    if (!counts.empty()) {
+        ChangeCount(live.size() - 1, +1);
+    }
+}
+
+void SlotOrder::BuildLinks() {
+    if (!IsAscending()) {
+        return;
+    }
+    links.resize(slotCount);
+    Slot previous = NONE;
+    for (Slot slot = first; slot != NONE;) {
+        Slot const next = slot == last ? NONE : NextLive(slot);
+        links[slot] = {previous, next};
+        previous = slot;
+        slot = next;
+    }
+}
+
+void SlotOrder::LinkBetween(Slot previous, Slot slot, Slot next) {
+    links.push_back({previous, next});
+    links[next].previous = slot;
+    if (previous != NONE) {
+        links[previous].next = slot;
+    } else {
+        first = slot;
+    }
+}
+
+void SlotOrder::BuildCounts() {
+    counts.assign(live.size() + 1, 0);
+    for (std::size_t node = 1; node <= live.size(); ++node) {
+        counts[node] += static_cast<std::uint32_t>(std::popcount(live[node - 1]));
+        std::size_t const parent = node + LowestBit(node);
+        if (parent <= live.size()) {
+            counts[parent] += counts[node];
+        }
+    }
+}
+
+void SlotOrder::ChangeCount(std::size_t word, std::int32_t change) noexcept {
+    for (std::size_t node = word + 1; node < counts.size(); node += LowestBit(node)) {
+        counts[node] += static_cast<std::uint32_t>(change);
+    }
+}
+
+SlotOrder::Slot SlotOrder::SelectLive(Slot position) const noexcept {
+    std::size_t word = 0;
+    for (std::size_t step = std::bit_floor(live.size()); step > 0; step /= 2) {
+        if (word + step <= live.size() && counts[word + step] <= position) {
+            word += step;
+            position -= counts[word];
+        }
+    }
+    return static_cast<Slot>(word) * WORD_BITS + SelectBit(live[word], position);
+}
+
+} // namespace Gentra

@@ -1,0 +1,111 @@
+// Gentra, copyright the Gentra authors.
+// SPDX-License-Identifier: MIT
+
+#include "gentra/util/EventManager.h"
+
+#include "gentra/util/Event.h"
+#include "gentra/util/EventListener.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace Util {
+
+EventManager::EventManager(String const& newName) : name(newName) {}
+
+EventManager::~EventManager() {
+    for (auto const& entry : recordCounts) {
+        std::erase_if(entry.first->registrations,
+                      [this](EventListener::Registration const& record) { return record.manager == this; });
+    }
+}
+
+EventType* EventManager::RegisterListener(EventListener* listener, EventType const& type) {
+    if (listener == nullptr) {
+        return nullptr;
+    }
+    EventType const& known = *knownTypes.insert(type).first;
+    ++recordCounts[listener];
+    listener->registrations.push_back({this, type});
+    listeners[type].push_back(listener);
+    // The stored type is handed out for reading; its key fields must stay as they are.
+    return const_cast<EventType*>(&known);
+}
+
+void EventManager::RemoveListener(EventListener* listener, EventType const& type) {
+    auto const entry = listeners.find(type);
+    if (listener == nullptr || entry == listeners.end()) {
+        return;
+    }
+    if (dispatching && (*dispatchList)[dispatchNext] == listener) {
+        MoveCursorPast(listener);
+    }
+    EraseFrom(entry->second, listener);
+    if (entry->second.empty()) {
+        // Never the list in delivery with its cursor on an entry: the cursor left this listener above.
+        listeners.erase(entry);
+    }
+    DropRecord(listener, type);
+}
+
+void EventManager::Trigger(Event const& event) {
+    Deliver({event.type.hash, event.type.subIndex}, event);
+    Deliver({event.type.hash, -1}, event);
+}
+
+void EventManager::Deliver(TypeKey key, Event const& event) {
+    auto const entry = listeners.find(key);
+    if (entry == listeners.end()) {
+        return;
+    }
+    dispatchList = &entry->second;
+    dispatchNext = 0;
+    dispatching = true;
+    try {
+        do {
+            EventListener* const listener = (*dispatchList)[dispatchNext];
+            ++dispatchNext;
+            if (dispatchNext == dispatchList->size()) {
+                dispatching = false;
+            }
+            // After this call only the cursor tells the truth: the handler may have changed or freed the
+            // list.
+            listener->HandleEvent(event);
+        } while (dispatching);
+    } catch (...) {
+        dispatching = false;
+        throw;
+    }
+}
+
+void EventManager::MoveCursorPast(EventListener const* listener) {
+    while (dispatchNext < dispatchList->size() && (*dispatchList)[dispatchNext] == listener) {
+        ++dispatchNext;
+    }
+    if (dispatchNext == dispatchList->size()) {
+        dispatching = false;
+    }
+}
+
+void EventManager::EraseFrom(ListenerList& list, EventListener const* listener) {
+    if (dispatching && &list == dispatchList) {
+        auto const cursor = list.begin() + static_cast<std::ptrdiff_t>(dispatchNext);
+        dispatchNext -= static_cast<std::size_t>(std::count(list.begin(), cursor, listener));
+    }
+    std::erase(list, listener);
+}
+
+void EventManager::DropRecord(EventListener* listener, EventType const& type) {
+    if (listener->ForgetRegistration(this, type)) {
+        ForgetRecord(listener);
+    }
+}
+
+void EventManager::ForgetRecord(EventListener* listener) {
+    auto const count = recordCounts.find(listener);
+    if (--count->second == 0) {
+        recordCounts.erase(count);
+    }
+}
+
+} // namespace Util
