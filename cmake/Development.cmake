@@ -1,5 +1,7 @@
 # Settings for Gentra's own targets. A host that uses Gentra as a subproject never gets here.
 
+option(GENTRA_HOST_LIBRARIES "Use test libraries of the machine's own architecture" ON)
+
 # Gives a target the project's warnings.
 function(gentra_development_target target)
   if(NOT CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")

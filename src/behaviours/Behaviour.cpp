@@ -38,14 +38,16 @@ Behaviour& Behaviour::operator=(Behaviour const& other) {
     if (this == &other) {
         return *this;
     }
+    std::vector<Util::RefCountPtr<Property>> copiedLinks = other.linkedProperties;
+    Util::String copiedName = other.name;
     CopyInterface(other);
+    linkedProperties.swap(copiedLinks);
+    name.swap(copiedName);
     context = other.context;
     ownerPool = other.ownerPool;
-    linkedProperties = other.linkedProperties;
     std::copy(std::begin(other.fastParams), std::end(other.fastParams), std::begin(fastParams));
     orderKey = other.orderKey;
     disabled = other.disabled;
-    name = other.name;
     member = other.member;
     performanceStats = other.performanceStats;
     debugRenderEnabled = other.debugRenderEnabled;

@@ -78,6 +78,7 @@ void Behaviour::ClearLinkedParameters() {
 void Behaviour::ClearBehaviour() {
     ClearLinkedParameters();
     ownerPool = Util::WeakPtr<MemberPool>();
+    ++timesCleared;
 }
 
 /// How many parameters have a link at their position: all, unless the interface was cleared or declared anew.
@@ -85,11 +86,12 @@ std::size_t Behaviour::NumLinkedParameters() const noexcept {
     return std::min(linkedProperties.size(), parameterInterface.size());
 }
 
-/// An intrinsic property is in no pool (any more) when its pool was cleared after it had been linked, which
-/// happens to construction behaviours only. A new one must take its place.
+/// An intrinsic property is in no pool (any more) when the pool refused it, or was cleared after a
+/// construction behaviour had been linked. A new one must take its place. One that gave way to another of its
+/// name also is in no pool, but still a pool property, and stays.
 void Behaviour::DropStaleIntrinsicLinks() {
     for (PropertyPtr& link : linkedProperties) {
-        if (link->IsIntrinsic() && link->GetPropertyOwner() == FLEXIBLE) {
+        if (link->IsIntrinsic() && link->GetPropertyOwner() != POOL && link->GetOwnerPool() == nullptr) {
             link = Property::NIL;
         }
     }
@@ -289,16 +291,20 @@ void Behaviour::WriteFlexibleVec3(int index, Math::Vec3 newVector) {
 }
 
 MemberSelection& Behaviour::UseFlexibleConstMemberSelection(int index) {
-    if (auto* const selection = PropertyDatumOr<MemberSelection*>(index, nullptr)) {
-        return *selection;
-    }
+    auto* const selection = PropertyDatumOr<MemberSelection*>(index, nullptr);
+    return selection != nullptr ? *selection : NoSelection();
+}
+
+MemberSelection& Behaviour::NoSelection() {
     // Without a base pool nobody can add members to it.
     static MemberSelection& none = *new MemberSelection(nullptr);
     return none;
 }
 
 void Behaviour::TriggerFlexibleBehaviour(int index) {
-    if (auto* const trigger = dynamic_cast<BehaviourProperty*>(&LinkedProperty(index))) {
+    assert(index >= 0 && static_cast<std::size_t>(index) < linkedProperties.size());
+    PropertyPtr const linked = linkedProperties[static_cast<std::size_t>(index)]; // held while it triggers
+    if (auto* const trigger = dynamic_cast<BehaviourProperty*>(linked.Get())) {
         trigger->TriggerBehaviour();
     }
 }

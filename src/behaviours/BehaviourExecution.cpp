@@ -32,9 +32,10 @@ void Behaviour::ProcessMembers(std::vector<Member>& members, Member& current) {
     }
     std::size_t const count = members.size();
     std::size_t const prefetchEnd = count >= PREFETCH_POPULATION ? count - PREFETCH_DISTANCE : 0;
+    unsigned int const clearedBefore = timesCleared;
     for (std::size_t i = 0; i < count; ++i) {
-        // The behaviour may have taken members out of the vector.
-        if (i >= members.size()) {
+        // The behaviour may have taken members out of the vector, or had its pool cleared.
+        if (i >= members.size() || timesCleared != clearedBefore) {
             return;
         }
         if (i < prefetchEnd && i + PREFETCH_DISTANCE < members.size()) {

@@ -39,7 +39,7 @@ void MemberPool::LinkPoolConstructionBehaviour(BehaviourPtr const& behaviour) {
 }
 
 void MemberPool::LinkOwnedBehaviour(BehaviourPtr const& behaviour, BehaviourList& list) {
-    if (behaviour.Get() == nullptr) {
+    if (!CanLink(behaviour)) {
         return;
     }
     if (MemberPool const* const owner = behaviour->GetOwnerPool()) {
@@ -56,12 +56,17 @@ void MemberPool::LinkOwnedBehaviour(BehaviourPtr const& behaviour, BehaviourList
 }
 
 void MemberPool::LinkConstructionBehaviour(BehaviourPtr const& behaviour, BehaviourList& list) {
-    if (behaviour.Get() == nullptr) {
+    if (!CanLink(behaviour)) {
         return;
     }
     BehaviourPtr const held = behaviour;
     list.push_back(held);
     AssimilateIntrinsicPropertiesOfBehaviour(held);
+}
+
+/// False for what is no behaviour and while the pool is cleared.
+bool MemberPool::CanLink(BehaviourPtr const& behaviour) const {
+    return behaviour.Get() != nullptr && behaviour != Behaviour::NIL && !RefuseWhileClearing();
 }
 
 // Intrinsic parameters.
@@ -71,22 +76,37 @@ void MemberPool::AssimilateIntrinsicPropertiesOfBehaviour(BehaviourPtr const& be
     std::vector<Parameter*> parameters;
     std::vector<PropertyPtr> properties;
 
+    Util::WeakPtr<MemberPool> const self = GetWeakPtr();
     behaviour->GetUnlinkedIntrinsicPoolParams(parameters);
     AddPropertiesFromIntrinsicParameters(parameters, properties);
+    if (self.Get() == nullptr) { // a listener has destroyed the pool
+        return;
+    }
     behaviour->LinkIntrinsicPropertiesToInterface(properties);
 
     behaviour->GetUnlinkedIntrinsicMemberParams(parameters);
     AddPropertiesFromIntrinsicParameters(parameters, properties);
-    behaviour->LinkIntrinsicPropertiesToInterface(properties);
+    if (self.Get() != nullptr) {
+        behaviour->LinkIntrinsicPropertiesToInterface(properties);
+    }
 }
 
 void MemberPool::AddPropertiesFromIntrinsicParameters(std::vector<Parameter*>& parameters,
                                                       std::vector<PropertyPtr>& properties) {
     properties.clear();
+    Util::WeakPtr<MemberPool> const self = GetWeakPtr();
+    // Copies: a listener may make the behaviour drop its interface.
+    std::vector<Parameter> wanted;
     for (Parameter const* const parameter : parameters) {
-        PropertyPtr const existing = FindSharedProperty(*parameter);
+        wanted.push_back(*parameter);
+    }
+    for (Parameter const& parameter : wanted) {
+        if (self.Get() == nullptr) { // a listener has destroyed the pool
+            return;
+        }
+        PropertyPtr const existing = FindSharedProperty(parameter);
         if (existing == Property::NIL) {
-            properties.push_back(AddIntrinsicProperty(*parameter));
+            properties.push_back(AddIntrinsicProperty(parameter));
         } else if (existing->IsIntrinsic()) {
             properties.push_back(existing);
         } else {

@@ -213,6 +213,11 @@ void Context::StopWaiting(MemberPool const& pool) {
     }
 }
 
+void Context::NobodyWaits() {
+    waitingPools.clear();
+    waitingPosition = 0; // a pass around this one goes on from here
+}
+
 // Building.
 
 /// In list order, also over pools that join or leave the list meanwhile.
@@ -266,7 +271,7 @@ void Context::ForceConstructAllMemberPools() {
     ForEachWaitingPool([](MemberPool& pool) { BuildMemberPool(pool); });
     ForEachPool([](MemberPool& pool) { pool.SetBasePoolsForMemberSelections(); });
     ForEachWaitingPool([](MemberPool& pool) { pool.TriggerPoolConstructor(); });
-    waitingPools.clear();
+    NobodyWaits();
 }
 
 void Context::ForceReconstructAllMemberPools() {
@@ -278,7 +283,7 @@ void Context::ForceReconstructAllMemberPools() {
     ForEachPool([](MemberPool& pool) { BuildMemberPool(pool); });
     ForEachPool([](MemberPool& pool) { pool.SetBasePoolsForMemberSelections(); });
     ForEachPool([](MemberPool& pool) { pool.TriggerPoolConstructor(); });
-    waitingPools.clear();
+    NobodyWaits();
     Path::ForceGlobalPathResolve();
 }
 

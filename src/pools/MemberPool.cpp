@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <exception>
 #include <utility>
 
 namespace Gentra {
@@ -37,6 +38,35 @@ int NextIdentity() {
     }
     return static_cast<int>(identitiesGiven++);
 }
+
+/// Gives a new member its datum of one property: the default and the property's instance work.
+void CreateDatum(Property& property, MemberPropertyTable::Place const& place, unsigned char* record) {
+    unsigned char* const datum = record + place.offset;
+    if (void const* const defaultData = property.GetPoolData()) {
+        std::memcpy(datum, defaultData, static_cast<std::size_t>(place.size));
+    } else {
+        std::memset(datum, 0, static_cast<std::size_t>(place.size));
+    }
+    property.OnInstanceCreation(datum);
+}
+
+/// Runs a function when its scope is left by an exception.
+template<class Function>
+class OnException {
+public:
+    explicit OnException(Function newFunction) : function(newFunction) {}
+    OnException(OnException const&) = delete;
+    OnException& operator=(OnException const&) = delete;
+    ~OnException() {
+        if (std::uncaught_exceptions() > exceptions) {
+            function();
+        }
+    }
+
+private:
+    Function function;
+    int exceptions = std::uncaught_exceptions();
+};
 
 void AppendNames(std::vector<PropertyPtr> const& properties, std::vector<Util::String>& out) {
     for (PropertyPtr const& property : properties) {
@@ -96,21 +126,21 @@ PropertyPtr const& MemberPool::AddMemberProperty(PropertyPtr property) {
         return Property::NIL;
     }
     if (property->IsSharedIntrinsic()) {
-        PropertyPtr const& existing =
-            Property::GetIntrinsicPropertyFromName(memberProperties->Properties().All(), property->GetName());
+        PropertyPtr const& existing = memberProperties->Properties().FindIntrinsicByName(property->GetName());
         if (existing != Property::NIL) {
             return existing;
         }
     }
-    if (!memberProperties->HasRoomFor(property->GetDataSize())) {
-        RefuseMemberProperty(*property);
+    if (!AcceptsMemberProperty(*property) || !AnnounceEntering(property)) {
         return Property::NIL;
     }
-    if (AnnounceEntering(property)) {
-        property->SetPropertyOwner(MEMBER);
-        property->SetOwnerPool(this);
-        memberProperties->Add(property);
+    if (!AcceptsMemberProperty(*property)) { // a listener has created members
+        TriggerPropertyEvent(property, "MemberPool", LEAVES);
+        return Property::NIL;
     }
+    property->SetPropertyOwner(MEMBER);
+    property->SetOwnerPool(this);
+    memberProperties->Add(property);
     return Property::NIL;
 }
 
@@ -119,8 +149,7 @@ PropertyPtr const& MemberPool::AddPoolProperty(PropertyPtr property) {
         return Property::NIL;
     }
     if (property->IsIntrinsic()) {
-        PropertyPtr const& existing =
-            Property::GetIntrinsicPropertyFromName(poolProperties->All(), property->GetName());
+        PropertyPtr const& existing = poolProperties->FindIntrinsicByName(property->GetName());
         if (existing != Property::NIL) {
             return existing;
         }
@@ -133,9 +162,9 @@ PropertyPtr const& MemberPool::AddPoolProperty(PropertyPtr property) {
     return Property::NIL;
 }
 
-/// False for what is no property; reports one that is taken from another pool.
+/// False for what is no property and while the pool is cleared; reports one that is taken from another pool.
 bool MemberPool::CanEnter(PropertyPtr const& property) const {
-    if (property.Get() == nullptr || property == Property::NIL) {
+    if (property.Get() == nullptr || property == Property::NIL || RefuseWhileClearing()) {
         return false;
     }
     if (property->GetOwnerPool() != nullptr && property->GetOwnerPool() != this) {
@@ -144,16 +173,32 @@ bool MemberPool::CanEnter(PropertyPtr const& property) const {
     return true;
 }
 
-/// The property stays a member property, but without a place: no behaviour linked to it gets ready.
-void MemberPool::RefuseMemberProperty(Property& property) const {
+/// Whether the layout still takes the property. One that is refused stays a member property, but without a
+/// place: no behaviour linked to it gets ready.
+bool MemberPool::AcceptsMemberProperty(Property& property) const {
+    bool const hasRecords = memberProperties->HasRecords();
+    if (!hasRecords && memberProperties->HasRoomFor(property.GetDataSize())) {
+        return true;
+    }
     if (property.GetOwnerPool() == nullptr) {
         property.SetPropertyOwner(MEMBER);
         property.SetDataOffset(-1);
     }
     GlobalMessageManager::OutputMessage(
-        "Error :: Construction :: The Property \"%s\" could not be added to the "
-        "Pool \"%s\", because the Pool already has Members",
-        property.GetName().c_str(), name.c_str());
+        "Error :: Construction :: The Property \"%s\" could not be added to the Pool \"%s\", because %s",
+        property.GetName().c_str(), name.c_str(),
+        hasRecords ? "the Pool already has Members" : "its DataSize does not fit into a Member");
+    return false;
+}
+
+/// Reports an attempt of a listener to fill the pool again while it is being emptied.
+bool MemberPool::RefuseWhileClearing() const {
+    if (clearing) {
+        GlobalMessageManager::OutputMessage(
+            "Error :: Construction :: Nothing can be added to the Pool \"%s\" while it is cleared",
+            name.c_str());
+    }
+    return clearing;
 }
 
 /// Triggers the event; false when a listener has destroyed the pool.
@@ -206,7 +251,7 @@ PropertyPtr MemberPool::FindMemberProperty(Util::String const& propertyName) con
 }
 
 int MemberPool::GetDataOffsetFromPropertyName(Util::String const& propertyName) const {
-    std::vector<PropertyPtr> const& properties = memberProperties->Properties().All();
+    std::deque<PropertyPtr> const& properties = memberProperties->Properties().All();
     auto const found = std::find_if(properties.begin(), properties.end(), [&](PropertyPtr const& property) {
         return property->GetName() == propertyName;
     });
@@ -217,14 +262,16 @@ int MemberPool::GetDataOffsetFromPropertyName(Util::String const& propertyName) 
 }
 
 std::vector<PropertyPtr> MemberPool::GetAllProperties() const {
-    std::vector<PropertyPtr> all = poolProperties->All();
-    std::vector<PropertyPtr> const& ofMembers = memberProperties->Properties().All();
+    std::deque<PropertyPtr> const& ofPool = poolProperties->All();
+    std::deque<PropertyPtr> const& ofMembers = memberProperties->Properties().All();
+    std::vector<PropertyPtr> all(ofPool.begin(), ofPool.end());
     all.insert(all.end(), ofMembers.begin(), ofMembers.end());
     return all;
 }
 
 std::vector<PropertyPtr> MemberPool::GetAllMemberProperties() const {
-    return memberProperties->Properties().All();
+    std::deque<PropertyPtr> const& ofMembers = memberProperties->Properties().All();
+    return {ofMembers.begin(), ofMembers.end()};
 }
 
 void MemberPool::GetAllPropertiesOfCertainType(std::vector<PropertyPtr>& out, PropertyType type) const {
@@ -257,8 +304,16 @@ void MemberPool::GetAllMemberSelectionPropertiesByName(std::vector<Util::String>
 }
 
 void MemberPool::GetDefaultProperties(std::vector<PropertyPtr>& out) const {
-    std::vector<PropertyPtr> const& ofMembers = memberProperties->Properties().All();
+    std::deque<PropertyPtr> const& ofMembers = memberProperties->Properties().All();
     out.assign(ofMembers.begin(), ofMembers.begin() + std::min<std::ptrdiff_t>(std::ssize(ofMembers), 2));
+}
+
+/// Triggers the leaving events of a table. Nothing enters it meanwhile, but a listener may destroy the pool.
+void MemberPool::AnnounceLeaving(std::deque<PropertyPtr> const& table, char const* subName) {
+    Util::WeakPtr<MemberPool> const self = GetWeakPtr();
+    for (std::size_t i = 0; self.Get() != nullptr && i < table.size(); ++i) {
+        TriggerPropertyEvent(table[i], subName, LEAVES);
+    }
 }
 
 void MemberPool::TriggerPropertyEvent(PropertyPtr property, char const* subName, int param1) {
@@ -271,26 +326,24 @@ void MemberPool::TriggerPropertyEvent(PropertyPtr property, char const* subName,
 // Members.
 
 Member MemberPool::CreateNewMember() {
+    if (RefuseWhileClearing()) {
+        return Member();
+    }
     unsigned char* const record = memberProperties->TakeRecord();
     if (record == nullptr) {
         GlobalMessageManager::OutputMessageOnce("Creating Members without any properties");
         return Member();
     }
     unsigned int const clearedBefore = timesCleared;
-    std::vector<PropertyPtr> const& properties = memberProperties->Properties().All();
-    for (std::size_t i = 0; i < properties.size(); ++i) {
-        MemberPropertyTable::Place const place = memberProperties->PlaceOf(i);
-        Property& property = *properties[i];
-        unsigned char* const datum = record + place.offset;
-        // Only the size of user data can have changed since the layout was made.
-        int const size =
-            place.type == FIXEDSIZEDATA ? std::min(place.size, property.GetDataSize()) : place.size;
-        if (void const* const defaultData = property.GetPoolData()) {
-            std::memcpy(datum, defaultData, static_cast<std::size_t>(size));
-        } else {
-            std::memset(datum, 0, static_cast<std::size_t>(place.size));
+    OnException const giveBack([&] {
+        if (timesCleared == clearedBefore) {
+            memberProperties->RetireRecord(record);
+            memberProperties->GiveBackRecord(record);
         }
-        property.OnInstanceCreation(datum);
+    });
+    std::deque<PropertyPtr> const& properties = memberProperties->Properties().All();
+    for (std::size_t i = 0; i < properties.size(); ++i) {
+        CreateDatum(*properties[i], memberProperties->PlaceOf(i), record);
         if (timesCleared != clearedBefore) { // by the host's instance creation
             return Member();
         }
@@ -300,8 +353,12 @@ Member MemberPool::CreateNewMember() {
     if (!memberConstructionBehaviours.empty()) {
         std::vector<Member> newMembers(1, member);
         InitializeNewMembers(newMembers);
+        // A construction behaviour may have cleared the pool or deleted the member.
+        if (timesCleared != clearedBefore || !memberProperties->IsRecordInUse(record)) {
+            return Member();
+        }
     }
-    return timesCleared == clearedBefore ? member : Member();
+    return member;
 }
 
 void MemberPool::DeleteMember(Member member) {
@@ -315,10 +372,15 @@ void MemberPool::DeleteMember(Member member) {
             name.c_str());
         return;
     }
+    // From here on deleting it once more, from the host's instance deletion, is refused.
+    memberProperties->RetireRecord(member.record);
     unsigned int const clearedBefore = timesCleared;
-    std::vector<PropertyPtr> const& properties = memberProperties->Properties().All();
-    for (std::size_t i = 0; i < properties.size() && timesCleared == clearedBefore; ++i) {
+    std::deque<PropertyPtr> const& properties = memberProperties->Properties().All();
+    for (std::size_t i = 0; i < properties.size(); ++i) {
         properties[i]->OnInstanceDeletion(member.record + memberProperties->PlaceOf(i).offset);
+        if (timesCleared != clearedBefore) { // by the host's instance deletion
+            return;
+        }
     }
     memberProperties->GiveBackRecord(member.record);
 }
@@ -331,7 +393,8 @@ unsigned char* MemberPool::GetDataFromMemberSelectionMember(MemberSelection& sel
                                                             int propertyIndex) {
     Member const member = selection.GetMemberByIndex(memberIndex);
     auto const position = static_cast<std::size_t>(propertyIndex);
-    if (!member.IsValid() || propertyIndex < 0 || position >= memberProperties->Properties().All().size()) {
+    if (selection.GetBasePool() != this || !member.IsValid() || propertyIndex < 0 ||
+        position >= memberProperties->Properties().All().size()) {
         return nullptr;
     }
     return member.record + memberProperties->PlaceOf(position).offset;
@@ -350,19 +413,22 @@ void MemberPool::InitializeMemberPool() {
 
 void MemberPool::ClearPool() {
     ++timesCleared;
+    clearing = true;
     compiled = false;
     constructionFailed = false;
     Clear();
     ClearBehaviours(activeBehaviours);
     ClearBehaviours(passiveBehaviours);
 
-    // By index: a listener may still add properties, which then leave as well.
-    for (std::size_t i = 0; i < poolProperties->All().size(); ++i) {
-        TriggerPropertyEvent(poolProperties->All()[i], "Deleted", LEAVES);
+    Util::WeakPtr<MemberPool> const self = GetWeakPtr();
+    AnnounceLeaving(poolProperties->All(), "Deleted");
+    if (self.Get() == nullptr) { // a listener has destroyed the pool
+        return;
     }
     poolProperties->Clear(*this);
-    for (std::size_t i = 0; i < memberProperties->Properties().All().size(); ++i) {
-        TriggerPropertyEvent(memberProperties->Properties().All()[i], "MemberPool", LEAVES);
+    AnnounceLeaving(memberProperties->Properties().All(), "MemberPool");
+    if (self.Get() == nullptr) {
+        return;
     }
 
     // Taken out of the lists first: the last reference may run a host's destructor.
@@ -371,6 +437,9 @@ void MemberPool::ClearPool() {
         BehaviourList const leaving = std::exchange(*list, {});
     }
     memberProperties->Clear(*this);
+    // What a listener has listed meanwhile has no record any more.
+    Clear();
+    clearing = false;
 }
 
 /// A copied pool shares its behaviours with the pool that owns them, and lets them be.
@@ -392,11 +461,12 @@ void MemberPool::CompileMemberPool() {
             name.c_str());
         return;
     }
+    unsigned int const clearedBefore = timesCleared;
     for (Util::RefCountPtr<Behaviour> const& behaviour : GetAllBehaviours()) {
         behaviour->PushLinkedParamsToFastParams();
     }
     InitPoolProperties();
-    compiled = true;
+    compiled = timesCleared == clearedBefore; // else the host's instance creation has cleared the pool
 }
 
 void MemberPool::InitPoolProperties() {

@@ -27,7 +27,11 @@ constexpr float LONGEST_STEP = 1.0f;
 
 void MemberPool::ProcessMemberPool() {
     if (!compiled && !constructionFailed) {
+        Util::WeakPtr<MemberPool> const self = GetWeakPtr();
         ContextManager::GetMainContext().ForceConstructAllMemberPools();
+        if (self.Get() == nullptr) { // a listener has destroyed the pool
+            return;
+        }
     }
     if (!compiled || constructionFailed) {
         return;
@@ -37,11 +41,9 @@ void MemberPool::ProcessMemberPool() {
     std::vector<Member>& members = GetAllMembers();
     for (std::size_t i = 0; i < activeBehaviours.size(); ++i) {
         Util::RefCountPtr<Behaviour> const behaviour = activeBehaviours[i];
-        if (!IsReadyHere(*behaviour)) {
+        if (!Prepare(*behaviour, true)) {
             continue;
         }
-        behaviour->UpdateProperties();
-        behaviour->RefreshConstants();
         if (singleMemberUpdateIndex < 0) {
             RunSampled(*behaviour, members);
             continue;
@@ -66,8 +68,8 @@ void MemberPool::UpdateTimeElapsed() {
 }
 
 void MemberPool::ApplyPassiveBehaviour(Util::RefCountPtr<Behaviour> const& behaviour) {
-    if (Util::RefCountPtr<Behaviour> const held = behaviour; held.Get() != nullptr) {
-        ApplyPassiveBehaviour(*held);
+    if (behaviour.Get() != nullptr) {
+        ApplyPassiveBehaviour(*behaviour);
     }
 }
 
@@ -75,17 +77,16 @@ void MemberPool::ApplyPassiveBehaviour(Behaviour& behaviour) {
     if (!CheckOwnership(behaviour, "PassiveBehaviour")) {
         return;
     }
+    Util::RefCountPtr<Behaviour> const held = Hold(behaviour);
     std::vector<Member>& members = GetAllMembers();
-    if (IsReadyHere(behaviour)) {
-        behaviour.UpdateProperties();
-        behaviour.RefreshConstants();
+    if (Prepare(behaviour, true)) {
         RunSampled(behaviour, members);
     }
 }
 
 void MemberPool::ApplyPassiveBehaviourOnActiveMember(Util::RefCountPtr<Behaviour> const& behaviour) {
-    if (Util::RefCountPtr<Behaviour> const held = behaviour; held.Get() != nullptr) {
-        ApplyPassiveBehaviourOnActiveMember(*held);
+    if (behaviour.Get() != nullptr) {
+        ApplyPassiveBehaviourOnActiveMember(*behaviour);
     }
 }
 
@@ -93,9 +94,9 @@ void MemberPool::ApplyPassiveBehaviourOnActiveMember(Behaviour& behaviour) {
     if (!CheckOwnership(behaviour, "PassiveBehaviour")) {
         return;
     }
+    Util::RefCountPtr<Behaviour> const held = Hold(behaviour);
     std::vector<Member> members(1, ActiveMember());
-    if (IsReadyHere(behaviour)) {
-        behaviour.RefreshConstants();
+    if (Prepare(behaviour, false)) {
         RunSampled(behaviour, members);
     }
 }
@@ -115,23 +116,33 @@ void MemberPool::ApplyBehaviourOnMemberSelection(Util::RefCountPtr<Behaviour> co
         return;
     }
     std::vector<Member>& members = selection.GetAllMembers();
-    if (IsReadyHere(*held)) {
-        held->UpdateProperties();
-        held->RefreshConstants();
+    if (Prepare(*held, true)) {
         RunSampled(*held, members);
     }
 }
 
 void MemberPool::InitializeNewMembers(std::vector<Member>& newMembers) {
-    Member const activeBefore = ActiveMember();
+    /// Puts the active member back, also when a behaviour throws, unless it went when the pool was cleared.
+    struct Restore {
+        MemberPool& pool;
+        Member active;
+        unsigned int clearedBefore;
+        ~Restore() {
+            if (pool.timesCleared == clearedBefore) {
+                pool.ActiveMember() = active;
+            }
+        }
+    } const restore{*this, ActiveMember(), timesCleared};
+
     for (std::size_t i = 0; i < memberConstructionBehaviours.size(); ++i) {
         Util::RefCountPtr<Behaviour> const behaviour = memberConstructionBehaviours[i];
-        if (IsReadyHere(*behaviour)) {
-            behaviour->RefreshConstants();
+        if (Prepare(*behaviour, false)) {
             RunSampled(*behaviour, newMembers);
         }
+        if (timesCleared != restore.clearedBefore) { // by the behaviour: the new members have gone
+            return;
+        }
     }
-    ActiveMember() = activeBefore;
 }
 
 void MemberPool::TriggerPoolConstructor() {
@@ -157,15 +168,39 @@ bool MemberPool::CheckOwnership(Behaviour const& behaviour, char const* kind) co
     return false;
 }
 
-bool MemberPool::IsReadyHere(Behaviour& behaviour) const {
+/// Another reference to a behaviour of this pool, for as long as it runs. Behaviour::NIL stands for one that
+/// the pool does not hold, such as a copy.
+Util::RefCountPtr<Behaviour> MemberPool::Hold(Behaviour const& behaviour) const {
+    for (BehaviourList const* const list : {&activeBehaviours, &passiveBehaviours}) {
+        for (Util::RefCountPtr<Behaviour> const& candidate : *list) {
+            if (candidate.Get() == &behaviour) {
+                return candidate;
+            }
+        }
+    }
+    return Behaviour::NIL;
+}
+
+/// What precedes a run; false when the behaviour must not run. Each step may call the host.
+bool MemberPool::Prepare(Behaviour& behaviour, bool updateProperties) {
+    unsigned int const clearedBefore = timesCleared;
     behaviour.CheckForUpdate();
-    return behaviour.ReadyToUse() && LayoutFits(behaviour);
+    if (!behaviour.ReadyToUse()) {
+        return false;
+    }
+    if (updateProperties) {
+        behaviour.UpdateProperties();
+    }
+    behaviour.RefreshConstants();
+    return timesCleared == clearedBefore && LayoutFits(behaviour);
 }
 
 /// The accessors of a running behaviour check nothing. A behaviour may have been compiled for an earlier
 /// layout or be linked to members of another pool; then it must not see the members of this one.
 bool MemberPool::LayoutFits(Behaviour const& behaviour) const {
-    std::size_t const count = behaviour.NumLinkedParameters();
+    // Also where the interface was cleared: the fast parameters stay.
+    std::size_t const count =
+        std::min<std::size_t>(behaviour.linkedProperties.size(), Behaviour::MAX_PARAMETERS);
     for (std::size_t i = 0; i < count; ++i) {
         if (behaviour.fastParams[i].owner != MEMBER) {
             continue;

@@ -6,18 +6,24 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 namespace Gentra {
 
 bool MemberPropertyTable::HasRoomFor(int size) const noexcept {
-    return storage == nullptr && size >= 0 && size <= std::numeric_limits<int>::max() - recordSize;
+    return size >= 0 && size <= std::numeric_limits<int>::max() - recordSize;
 }
 
 void MemberPropertyTable::Add(Util::RefCountPtr<Property> const& property) {
     Place const place{recordSize, property->GetDataSize(), property->GetPropertyType()};
     places.reserve(places.size() + 1);
+    placesOnly.reserve(placesOnly.size() + 1);
     if (table.Insert(property)) {
         places.push_back(place);
+    } else if (auto const found = std::find(table.All().begin(), table.All().end(), property);
+               found != table.All().end()) {
+        placesOnly.push_back(
+            std::exchange(places[static_cast<std::size_t>(found - table.All().begin())], place));
     } else {
         placesOnly.push_back(place);
     }
@@ -66,10 +72,12 @@ bool MemberPropertyTable::IsRecordInUse(unsigned char const* record) {
     return storage != nullptr && storage->IsInUse(record);
 }
 
+void MemberPropertyTable::RetireRecord(unsigned char* record) {
+    storage->Retire(record);
+}
+
 void MemberPropertyTable::GiveBackRecord(unsigned char* record) {
-    if (IsRecordInUse(record)) {
-        storage->GiveBack(record);
-    }
+    storage->GiveBack(record);
 }
 
 } // namespace Gentra

@@ -26,12 +26,14 @@ public:
         PropertyType type;
     };
 
-    /// Whether a datum of that size can still be added: there are no records yet, and the record size stays
-    /// within an int.
+    /// Whether there are records, which fix the layout.
+    [[nodiscard]] bool HasRecords() const noexcept { return storage != nullptr; }
+    /// Whether the record size stays within an int with a datum of that size.
     [[nodiscard]] bool HasRoomFor(int size) const noexcept;
 
     /// Gives the property the next place in the layout and its offset, and a table entry unless its ID is
-    /// taken: then the bytes are its own all the same, but they are not initialised from it.
+    /// taken: then the bytes are its own all the same, but they are not initialised from it. A property that
+    /// is added again moves to the new place.
     void Add(Util::RefCountPtr<Property> const& property);
     /// Takes over the properties and the layout of another table, but no records.
     void CopyLayout(MemberPropertyTable const& other);
@@ -47,6 +49,8 @@ public:
     /// A new record, or null while records have no bytes. Bytes without a table entry are 0.
     [[nodiscard]] unsigned char* TakeRecord();
     [[nodiscard]] bool IsRecordInUse(unsigned char const* record);
+    /// Ends the use of a record, which is handed out again once it is given back.
+    void RetireRecord(unsigned char* record);
     void GiveBackRecord(unsigned char* record);
 
 private:

@@ -33,10 +33,13 @@ bool MemberRecordStorage::IsInUse(unsigned char const* record) {
     return block->bytes.get() + index * recordSize == record && block->inUse[index];
 }
 
-void MemberRecordStorage::GiveBack(unsigned char* record) {
-    freeRecords.push_back(record);
+void MemberRecordStorage::Retire(unsigned char* record) {
     Block& block = *FindBlock(record);
     block.inUse[IndexInBlock(block, record)] = false;
+}
+
+void MemberRecordStorage::GiveBack(unsigned char* record) {
+    freeRecords.push_back(record);
 }
 
 void MemberRecordStorage::Grow() {

@@ -23,7 +23,9 @@ public:
 
     /// Whether the address, which may be any, is a record that was taken and not given back.
     [[nodiscard]] bool IsInUse(unsigned char const* record);
-    /// Takes back a record that is in use.
+    /// Ends the use of a record.
+    void Retire(unsigned char* record);
+    /// Takes back a record that was retired.
     void GiveBack(unsigned char* record);
 
     [[nodiscard]] std::size_t RecordSize() const noexcept { return recordSize; }

@@ -22,7 +22,7 @@ bool PropertyTable::Insert(PropertyPtr const& property) {
 
 void PropertyTable::Clear(MemberPool const& pool) {
     // The last reference may run a host's destructor, which must find the table empty.
-    std::vector<PropertyPtr> const leaving = std::exchange(properties, {});
+    std::deque<PropertyPtr> const leaving = std::exchange(properties, {});
     positions.clear();
     for (PropertyPtr const& property : leaving) {
         property->LeavePool(pool);
@@ -37,6 +37,15 @@ PropertyTable::PropertyPtr const& PropertyTable::FindByID(Util::ShortID id) cons
 PropertyTable::PropertyPtr const& PropertyTable::FindByName(Util::String const& name) const {
     for (PropertyPtr const& property : properties) {
         if (property->GetName() == name) {
+            return property;
+        }
+    }
+    return Property::NIL;
+}
+
+PropertyTable::PropertyPtr const& PropertyTable::FindIntrinsicByName(Util::String const& name) const {
+    for (PropertyPtr const& property : properties) {
+        if (property->IsIntrinsic() && property->GetName() == name) {
             return property;
         }
     }

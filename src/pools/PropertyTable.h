@@ -10,8 +10,8 @@
 #include "gentra/util/String.h"
 
 #include <cstddef>
+#include <deque>
 #include <unordered_map>
-#include <vector>
 
 namespace Gentra {
 
@@ -25,13 +25,14 @@ public:
     /// Empties the table; the properties belong to `pool` no longer.
     void Clear(MemberPool const& pool);
 
-    [[nodiscard]] std::vector<PropertyPtr> const& All() const noexcept { return properties; }
+    [[nodiscard]] std::deque<PropertyPtr> const& All() const noexcept { return properties; }
     // Property::NIL when there is none.
     [[nodiscard]] PropertyPtr const& FindByID(Util::ShortID id) const;
     [[nodiscard]] PropertyPtr const& FindByName(Util::String const& name) const;
+    [[nodiscard]] PropertyPtr const& FindIntrinsicByName(Util::String const& name) const;
 
 private:
-    std::vector<PropertyPtr> properties;
+    std::deque<PropertyPtr> properties;             ///< Addresses stay: references to them are handed out.
     std::unordered_map<int, std::size_t> positions; ///< By ID, whose value is its own hash.
 };
 

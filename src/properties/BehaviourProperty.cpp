@@ -46,17 +46,18 @@ PropertyType BehaviourProperty::GetPropertyType() {
 }
 
 void BehaviourProperty::TriggerBehaviour() {
-    if (behaviour == nullptr || behaviour->TriggerLiveBehaviour()) {
+    Behaviour* const triggered = behaviour; // the trigger may set another one, or destroy this property
+    if (triggered == nullptr || triggered->TriggerLiveBehaviour()) {
         return;
     }
-    MemberPool* const pool = behaviour->GetOwnerPool();
+    MemberPool* const pool = triggered->GetOwnerPool();
     if (pool == nullptr) {
         return;
     }
     if (pool->IsActiveMemberValid()) {
-        pool->ApplyPassiveBehaviourOnActiveMember(*behaviour);
+        pool->ApplyPassiveBehaviourOnActiveMember(*triggered);
     } else {
-        pool->ApplyPassiveBehaviour(*behaviour);
+        pool->ApplyPassiveBehaviour(*triggered);
         pool->ClearActiveMember();
     }
 }

@@ -42,7 +42,7 @@ void FixedSizeDataProperty::Init(std::string const& newName, unsigned int newSiz
                                  InstanceCreationFunctor* newFunctor) {
     name = newName;
     type = FIXEDSIZEDATA;
-    size = newSize;
+    size = HasPlaceInRecords() ? size : newSize;
     poolBlock.reset();
     functor = newFunctor;
 }

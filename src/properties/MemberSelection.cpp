@@ -196,28 +196,39 @@ bool MemberSelection::InsertAtCursor(Member member, bool behind) {
         return true;
     }
     BeginEdits();
-    appended.push_back(member);
-    if (behind) {
-        edits->order.InsertAfter(cursor);
-    } else {
-        edits->order.InsertBefore(cursor);
-    }
-    if (edits->index.IsBuilt()) {
-        edits->index.Add(SlotCount() - 1, member, edits->order, [this](Slot slot) { return At(slot); });
-    }
-    ++entryCount;
-    memberVectorOutOfDate = true;
+    AddEdited(member,
+              [&](SlotOrder& order) { behind ? order.InsertAfter(cursor) : order.InsertBefore(cursor); });
     return true;
 }
 
 void MemberSelection::AppendEdited(Member member) {
+    DropVanishedEntries();
+    if (!edited) { // any more
+        Append(member);
+        return;
+    }
+    AddEdited(member, [](SlotOrder& order) { order.Append(); });
+}
+
+/// Stores the member in a new slot and puts that into the order. If memory runs out nothing changes.
+template<class AddToOrder>
+void MemberSelection::AddEdited(Member member, AddToOrder const& addToOrder) {
     appended.push_back(member);
-    edits->order.Append();
-    if (edits->index.IsBuilt()) {
-        edits->index.Add(SlotCount() - 1, member, edits->order, [this](Slot slot) { return At(slot); });
+    try {
+        addToOrder(edits->order);
+    } catch (...) {
+        appended.pop_back();
+        throw;
     }
     ++entryCount;
     memberVectorOutOfDate = true;
+    if (edits->index.IsBuilt()) {
+        try {
+            edits->index.Add(SlotCount() - 1, member, edits->order, [this](Slot slot) { return At(slot); });
+        } catch (...) {
+            edits->index.Drop(); // it only saves searching
+        }
+    }
 }
 
 void MemberSelection::ReportForeignPool(MemberPool& pool) const {
@@ -339,24 +350,31 @@ void MemberSelection::BeginEdits() {
     edited = true;
 }
 
-/// A host that shrinks the vector it was given takes the entries at its end out of the list; nothing may be
-/// read where they were.
+/// A host that shrinks the vector it was given takes entries out of the list; nothing may be read where they
+/// were. What is left becomes the appended entries of an empty vector, so that the vector itself, which
+/// somebody may be walking, stays as the host made it.
 void MemberSelection::DropVanishedEntries() {
     if (memberVector.size() >= kept) {
         return;
     }
-    BeginEdits();
-    SlotOrder& order = edits->order;
-    for (auto slot = static_cast<Slot>(memberVector.size()); slot < kept; ++slot) {
-        if (order.IsLive(slot)) {
-            order.Erase(slot);
-            --entryCount;
+    std::vector<Member> left;
+    left.reserve(SlotCount());
+    Slot newCursor = NO_SLOT;
+    for (Slot slot = FirstSlot(); slot != NO_SLOT; slot = NextSlot(slot)) {
+        if (slot >= kept || slot < memberVector.size()) {
+            newCursor = slot == cursor ? static_cast<Slot>(left.size()) : newCursor;
+            left.push_back(At(slot));
         }
     }
-    memberVector.resize(kept);
+    appended.swap(left);
+    kept = 0;
+    edited = false;
+    entryCount = static_cast<Slot>(appended.size());
     memberVectorOutOfDate = true;
-    if (cursorValid && !order.IsLive(cursor)) {
-        ActivateSlot(order.First());
+    if (cursorValid && newCursor == NO_SLOT) {
+        ActivateSlot(FirstSlot());
+    } else if (cursorValid) {
+        MoveCursorTo(newCursor);
     }
 }
 

@@ -64,7 +64,16 @@ void* MemberSelectionProperty::GetPoolData() {
 void MemberSelectionProperty::SetPoolData(void* data) {
     if (data != nullptr) {
         poolDatum = Datum::Read<MemberSelection*>(data);
+        instances->Share(poolDatum);
     }
+}
+
+/// Makes a selection as good as new, but for the time stamp: whoever kept the old one shall not find it
+/// current.
+void MemberSelectionProperty::Renew(MemberSelection& selection, MemberPool* basePool) {
+    selection.Clear();
+    selection.SetBasePool(basePool);
+    ++selection.recreationTimeStamp;
 }
 
 void MemberSelectionProperty::OnInstanceCreation(unsigned char* datum) {
@@ -72,28 +81,32 @@ void MemberSelectionProperty::OnInstanceCreation(unsigned char* datum) {
         return;
     }
     MemberSelection const* const previous = Datum::Read<MemberSelection*>(datum);
-    MemberSelection const fresh(previous != nullptr ? previous->GetBasePool() : nullptr);
+    MemberPool* const basePool = previous != nullptr ? previous->GetBasePool() : nullptr;
     if (datum != reinterpret_cast<unsigned char*>(&poolDatum)) {
-        Datum::Write(datum, instances->Take(fresh));
+        MemberSelection* const instance =
+            instances->Take(datum, [] { return std::make_unique<MemberSelection>(nullptr); });
+        instance->SetBasePool(basePool);
+        Datum::Write(datum, instance);
         return;
     }
     // Once per build of the pool: the same object serves each time, so that nobody's pointer dangles.
     if (poolInstance == nullptr) {
-        poolInstance = std::make_unique<MemberSelection>(fresh);
+        poolInstance = std::make_unique<MemberSelection>(basePool);
     } else {
-        *poolInstance = fresh;
+        Renew(*poolInstance, basePool);
     }
     poolDatum = poolInstance.get();
 }
 
 void MemberSelectionProperty::OnInstanceDeletion(unsigned char* datum) {
     if (datum != nullptr) {
-        instances->GiveBack(Datum::Read<MemberSelection*>(datum), MemberSelection(nullptr));
+        instances->GiveBack(Datum::Read<MemberSelection*>(datum), datum,
+                            [](MemberSelection& selection) { Renew(selection, nullptr); });
     }
 }
 
 void MemberSelectionProperty::TakeBackInstances() {
-    instances->GiveBackAll(MemberSelection(nullptr));
+    instances->GiveBackAll([](MemberSelection& selection) { Renew(selection, nullptr); });
 }
 
 int MemberSelectionProperty::GetDataSize() const {
@@ -129,26 +142,30 @@ MemberSelection* MemberSelectionProperty::GetMemberSelection(MemberSelection& se
 
 void MemberSelectionProperty::SetMemberSelection(MemberSelection* newSelection, MemberSelection& selection,
                                                  int index) {
+    instances->Share(newSelection);
     SetDataToMemberSelection(&newSelection, selection, index);
 }
 
-/// The selection of the owner pool's active member, else the one that readers of the pool data see.
-MemberSelection& MemberSelectionProperty::SelectionInUse() {
+/// The selection of the owner pool's active member, or null.
+MemberSelection* MemberSelectionProperty::ActiveMembersSelection() {
     MemberPool* const pool = GetOwnerPool();
-    if (owner == MEMBER && pool != nullptr) {
-        if (MemberSelection* const selection = GetMemberSelection(*pool, -1)) {
-            return *selection;
-        }
-    }
-    return poolDatum != nullptr ? *poolDatum : *ownSelection;
+    return owner == MEMBER && pool != nullptr ? GetMemberSelection(*pool, -1) : nullptr;
+}
+
+/// The selection to work on where there is none of a member: for a property that is not a member property the
+/// one that readers of the pool data see.
+MemberSelection& MemberSelectionProperty::FallbackSelection() {
+    return owner != MEMBER && poolDatum != nullptr ? *poolDatum : *ownSelection;
 }
 
 void MemberSelectionProperty::ClearSelection() {
-    SelectionInUse().Clear();
+    MemberSelection* const selection = ActiveMembersSelection();
+    (selection != nullptr ? *selection : FallbackSelection()).Clear();
 }
 
 void MemberSelectionProperty::AddMemberToSelection(MemberPool& pool, Member member) {
-    SelectionInUse().AddMember(pool, member);
+    MemberSelection* const selection = poolDatum != nullptr ? ActiveMembersSelection() : nullptr;
+    (selection != nullptr ? *selection : FallbackSelection()).AddMember(pool, member);
 }
 
 } // namespace Gentra

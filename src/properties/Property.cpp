@@ -86,11 +86,10 @@ PropertyType Property::GetPropertyType() {
 void Property::Update() {}
 
 void const* Property::GetData() {
-    if (owner != MEMBER) {
-        return GetPoolData();
+    if (MemberPool* const pool = ownerPool) {
+        return GetDataFromMemberSelection(*pool, -1);
     }
-    MemberPool* const pool = ownerPool;
-    return pool != nullptr ? GetDataFromMemberSelection(*pool, -1) : nullptr;
+    return owner != MEMBER ? GetPoolData() : nullptr;
 }
 
 void Property::SetData(void* data) {
@@ -102,7 +101,13 @@ void Property::SetData(void* data) {
 }
 
 void Property::SetOwnerPool(MemberPool* pool) {
+    MemberPool const* const former = ownerPool;
+    takenOver = takenOver || (former != nullptr && pool != nullptr && former != pool);
     ownerPool = pool != nullptr ? pool->GetWeakPtr() : Util::WeakPtr<MemberPool>();
+}
+
+bool Property::HasPlaceInRecords() const noexcept {
+    return takenOver || (owner == MEMBER && ownerPool.Get() != nullptr);
 }
 
 bool Property::ContainsValidData() {
@@ -117,7 +122,7 @@ Util::RefCountPtr<Property> const&
 Property::GetIntrinsicPropertyFromName(std::vector<Util::RefCountPtr<Property>> const& properties,
                                        Util::String const& name) {
     for (Util::RefCountPtr<Property> const& candidate : properties) {
-        if (candidate->IsIntrinsic() && candidate->GetName() == name) {
+        if (candidate.Get() != nullptr && candidate->IsIntrinsic() && candidate->GetName() == name) {
             return candidate;
         }
     }
@@ -133,6 +138,10 @@ void Property::LeavePool(MemberPool const& pool) {
     ownerPool = Util::WeakPtr<MemberPool>();
     owner = FLEXIBLE;
     dataOffset = -1;
+    // The members of a pool that it was taken from still point at their instances.
+    if (takenOver) {
+        return;
+    }
     // Not virtual: the slots are fixed, and these two are the only ones that create instances.
     if (auto* const selections = dynamic_cast<MemberSelectionProperty*>(this)) {
         selections->TakeBackInstances();

@@ -96,9 +96,13 @@ SlotOrder::Slot SlotOrder::AtPosition(Slot position) {
 
 void SlotOrder::Append() {
     Slot const slot = slotCount;
-    AddLiveSlot();
-    if (!IsAscending()) {
+    bool const linked = !IsAscending();
+    ReserveLiveSlot();
+    if (linked) {
         links.push_back({last, NONE});
+    }
+    AddLiveSlot();
+    if (linked) {
         if (last != NONE) {
             links[last].next = slot;
         }
@@ -115,16 +119,12 @@ void SlotOrder::InsertAfter(Slot where) {
         return;
     }
     BuildLinks();
-    Slot const slot = slotCount;
-    AddLiveSlot();
-    LinkBetween(where, slot, links[where].next);
+    LinkBetween(where, links[where].next);
 }
 
 void SlotOrder::InsertBefore(Slot where) {
     BuildLinks();
-    Slot const slot = slotCount;
-    AddLiveSlot();
-    LinkBetween(where == first ? NONE : links[where].previous, slot, where);
+    LinkBetween(where == first ? NONE : links[where].previous, where);
 }
 
 void SlotOrder::Erase(Slot slot) {
@@ -151,16 +151,22 @@ void SlotOrder::Erase(Slot slot) {
     }
 }
 
-void SlotOrder::AddLiveSlot() {
-    if (slotCount % WORD_BITS == 0) {
+/// Makes room for one more slot. What can run out of memory is done before anything changes.
+void SlotOrder::ReserveLiveSlot() {
+    if (live.size() * WORD_BITS == slotCount) {
         live.push_back(0);
-        counts.clear(); // a tree for more words is built when it is next needed
     }
-    live.back() |= std::uint64_t{1} << (slotCount % WORD_BITS);
+}
+
+void SlotOrder::AddLiveSlot() noexcept {
+    std::size_t const word = slotCount / WORD_BITS;
+    live[word] |= std::uint64_t{1} << (slotCount % WORD_BITS);
     ++slotCount;
     ++liveCount;
-    if (!counts.empty()) {
-        ChangeCount(live.size() - 1, +1);
+    if (word + 1 >= counts.size()) {
+        counts.clear(); // a tree for more words is built when it is next needed
+    } else {
+        ChangeCount(word, +1);
     }
 }
 
@@ -178,8 +184,12 @@ void SlotOrder::BuildLinks() {
     }
 }
 
-void SlotOrder::LinkBetween(Slot previous, Slot slot, Slot next) {
+/// Adds the next slot between two neighbours, of which the first may be NONE.
+void SlotOrder::LinkBetween(Slot previous, Slot next) {
+    Slot const slot = slotCount;
+    ReserveLiveSlot();
     links.push_back({previous, next});
+    AddLiveSlot();
     links[next].previous = slot;
     if (previous != NONE) {
         links[previous].next = slot;

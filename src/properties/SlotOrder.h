@@ -55,9 +55,10 @@ private:
         Slot next;
     };
 
-    void AddLiveSlot();
+    void ReserveLiveSlot();
+    void AddLiveSlot() noexcept;
     void BuildLinks();
-    void LinkBetween(Slot previous, Slot slot, Slot next);
+    void LinkBetween(Slot previous, Slot next);
     [[nodiscard]] Slot NextLive(Slot slot) const noexcept;
     [[nodiscard]] Slot PreviousLive(Slot slot) const noexcept;
 

@@ -67,7 +67,7 @@ void TextProperty::OnInstanceCreation(unsigned char* datum) {
         return;
     }
     if (datum != reinterpret_cast<unsigned char*>(&poolDatum)) {
-        Datum::Write(datum, instances->Take(Text()));
+        Datum::Write(datum, instances->Take(datum, [] { return std::make_unique<Text>(); }));
         return;
     }
     // Once per build of the pool: the same object serves each time, so that nobody's pointer dangles.
@@ -80,12 +80,12 @@ void TextProperty::OnInstanceCreation(unsigned char* datum) {
 
 void TextProperty::OnInstanceDeletion(unsigned char* datum) {
     if (datum != nullptr) {
-        instances->GiveBack(Datum::Read<Text*>(datum), Text());
+        instances->GiveBack(Datum::Read<Text*>(datum), datum, [](Text& text) { text.clear(); });
     }
 }
 
 void TextProperty::TakeBackInstances() {
-    instances->GiveBackAll(Text());
+    instances->GiveBackAll([](Text& text) { text.clear(); });
 }
 
 int TextProperty::GetDataSize() const {

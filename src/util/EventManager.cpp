@@ -25,11 +25,36 @@ EventType* EventManager::RegisterListener(EventListener* listener, EventType con
         return nullptr;
     }
     EventType const& known = *knownTypes.insert(type).first;
-    ++recordCounts[listener];
     listener->registrations.push_back({this, type});
-    listeners[type].push_back(listener);
+    try {
+        std::size_t& recordCount = recordCounts[listener];
+        try {
+            AppendTo(type, listener);
+        } catch (...) {
+            if (recordCount == 0) {
+                recordCounts.erase(listener);
+            }
+            throw;
+        }
+        ++recordCount;
+    } catch (...) {
+        listener->registrations.pop_back();
+        throw;
+    }
     // The stored type is handed out for reading; its key fields must stay as they are.
     return const_cast<EventType*>(&known);
+}
+
+void EventManager::AppendTo(EventType const& type, EventListener* listener) {
+    auto const entry = listeners.try_emplace(type).first;
+    try {
+        entry->second.push_back(listener);
+    } catch (...) {
+        if (entry->second.empty()) {
+            listeners.erase(entry);
+        }
+        throw;
+    }
 }
 
 void EventManager::RemoveListener(EventListener* listener, EventType const& type) {

@@ -168,7 +168,8 @@ public:
     [[nodiscard]] float& UseMemberValue(int index) { return DatumReference<float>(index); }
     [[nodiscard]] Math::Vec3& UseMemberVec3(int index) { return DatumReference<Math::Vec3>(index); }
     [[nodiscard]] MemberSelection& UseMemberMemberSelection(int index) {
-        return *Datum::Read<MemberSelection*>(MemberDatum(index));
+        auto* const selection = Datum::Read<MemberSelection*>(MemberDatum(index));
+        return selection != nullptr ? *selection : NoSelection();
     }
 
     /// The value as of the last RefreshConstants().
@@ -335,6 +336,9 @@ private:
         return datum != nullptr ? Datum::Read<T>(datum) : absent;
     }
 
+    /// An empty selection without a pool, for data that points at none.
+    [[nodiscard]] static MemberSelection& NoSelection();
+
     [[nodiscard]] PerformanceStatistics& PerformanceStats() noexcept { return performanceStats; }
 
     [[nodiscard]] bool HasRoomForParameter(Parameter const& parameter) const;
@@ -346,6 +350,8 @@ private:
     void DropStaleIntrinsicLinks();
     bool CompileLink(Parameter const& parameter, Property& linked);
     [[nodiscard]] std::size_t NumLinkedParameters() const noexcept;
+
+    unsigned int timesCleared = 0; ///< By ClearBehaviour(): the members that are walked are gone then.
 
     static float debugRenderScale;
 };

@@ -6,6 +6,7 @@
 
 #include "gentra/gentra_export.h"
 #include "gentra/spatial/SpatialRelations.h"
+#include "gentra/util/LoadTimeStatics.h"
 #include "gentra/util/PerformanceProfiler.h"
 #include "gentra/util/RefCountPtr.h"
 #include "gentra/util/ShortID.h"
@@ -43,7 +44,7 @@ public:
     Context(Context const& other);
     Context& operator=(Context const&) = delete;
 
-    /// Leaves the event bus. Pools are not touched.
+    /// Leaves the event bus. Pools are not touched. Not to be called inside a pass of this context.
     ~Context();
 
     // Pools. Those that cannot be found are null.
@@ -102,6 +103,7 @@ private:
     void HandlePropertyEntered(Util::RefCountPtr<Property> const& property);
     void HandlePropertyLeft(Util::RefCountPtr<Property> const& property);
     void StopWaiting(MemberPool const& pool);
+    void NobodyWaits();
 
     static void BuildMemberPool(MemberPool& pool);
     template<class Action>

@@ -16,6 +16,7 @@
 #include "gentra/util/Timer.h"
 #include "gentra/util/WeakPtr.h"
 
+#include <deque>
 #include <memory>
 #include <vector>
 
@@ -35,7 +36,9 @@ class PropertyTable;
 /// pool is cleared, EVENT_CONSTRUCT is triggered, on which the host adds properties and links behaviours, and
 /// the pool is compiled. All member properties must be added before the first member is created.
 ///
-/// A pool must not be destroyed by a behaviour that it is running; everywhere else, also in events, it may.
+/// A pool must not be destroyed by a behaviour or an instance-creation functor that it is running; everywhere
+/// else, also in events, it may. While it is cleared nothing can be added: "Error :: Construction :: Nothing
+/// can be added to the Pool \"%s\" while it is cleared".
 class GENTRA_EXPORT MemberPool : public MemberSelection {
 public:
     /// Root type of the pool events: register for it to hear all of them. The `subject` is the pool.
@@ -91,8 +94,9 @@ public:
     /// is taken over: "Error: Property already used by another pool!". Property::NIL and null are ignored.
     ///
     /// While there are members the layout is fixed: "Error :: Construction :: The Property \"%s\" could not
-    /// be added to the Pool \"%s\", because the Pool already has Members". The property then stays a member
-    /// property without a place, and no behaviour that is linked to it gets ready.
+    /// be added to the Pool \"%s\", because the Pool already has Members" (or "... because its DataSize does
+    /// not fit into a Member", for a negative or excessive size). The property then stays a member property
+    /// without a place, and no behaviour that is linked to it gets ready.
     Util::RefCountPtr<Property> const& AddMemberProperty(Util::RefCountPtr<Property> property);
     /// Adds a pool property likewise; here every intrinsic property gives way to one of its name.
     Util::RefCountPtr<Property> const& AddPoolProperty(Util::RefCountPtr<Property> property);
@@ -147,7 +151,8 @@ public:
     void SetBasePoolsForMemberSelections();
 
     // Behaviours. Linking also gives each of the behaviour's unlinked intrinsic parameters a property: shared
-    // ones the pool's property of that name, unique ones a property of their own. A null pointer is ignored.
+    // ones the pool's property of that name, unique ones a property of their own. A null pointer and
+    // Behaviour::NIL are ignored.
 
     /// Links a behaviour that runs every frame. A behaviour is active or passive in one pool at a time:
     /// "Error :: PoolConstruction :: The Pool \"%s\" cannot use the Behaviour \"%s\", because it's already
@@ -205,7 +210,9 @@ private:
     void ClearBehaviours(BehaviourList& behaviours);
     void InitPoolProperties();
     [[nodiscard]] bool CanEnter(Util::RefCountPtr<Property> const& property) const;
-    void RefuseMemberProperty(Property& property) const;
+    [[nodiscard]] bool AcceptsMemberProperty(Property& property) const;
+    [[nodiscard]] bool RefuseWhileClearing() const;
+    void AnnounceLeaving(std::deque<Util::RefCountPtr<Property>> const& table, char const* subName);
     [[nodiscard]] bool AnnounceEntering(Util::RefCountPtr<Property> const& property);
     void AssignDefaultPropertyID(Property& property) const;
     [[nodiscard]] Util::RefCountPtr<Property> MakeProperty(Parameter const& parameter,
@@ -218,6 +225,7 @@ private:
     /// Whether a datum of that size at that offset lies within a member record.
     [[nodiscard]] bool RecordReaches(int offset, int size) const noexcept;
 
+    [[nodiscard]] bool CanLink(Util::RefCountPtr<Behaviour> const& behaviour) const;
     void LinkOwnedBehaviour(Util::RefCountPtr<Behaviour> const& behaviour, BehaviourList& list);
     void LinkConstructionBehaviour(Util::RefCountPtr<Behaviour> const& behaviour, BehaviourList& list);
     void AssimilateIntrinsicPropertiesOfBehaviour(Util::RefCountPtr<Behaviour> const& behaviour);
@@ -231,7 +239,8 @@ private:
     void InitializeNewMembers(std::vector<Member>& newMembers);
     void TriggerPoolConstructor();
     [[nodiscard]] bool LayoutFits(Behaviour const& behaviour) const;
-    [[nodiscard]] bool IsReadyHere(Behaviour& behaviour) const;
+    [[nodiscard]] Util::RefCountPtr<Behaviour> Hold(Behaviour const& behaviour) const;
+    [[nodiscard]] bool Prepare(Behaviour& behaviour, bool updateProperties);
     [[nodiscard]] bool CheckOwnership(Behaviour const& behaviour, char const* kind) const;
     void RunSampled(Behaviour& behaviour, std::vector<Member>& members);
 
@@ -253,7 +262,8 @@ private:
     Util::WeakSource<MemberPool> life{this};
     int identity;
     bool announced; ///< False for a copy, which no context knows.
-    unsigned int timesCleared = 0;
+    bool clearing = false;
+    unsigned int timesCleared = 0; ///< Tells whether the members that one knew are still there.
 };
 
 } // namespace Gentra

@@ -26,8 +26,8 @@ public:
     FixedSizeDataProperty(FixedSizeDataProperty const& other);
     FixedSizeDataProperty& operator=(FixedSizeDataProperty const& other);
 
-    /// Sets the name, the type, the size and the functor, and drops the pool data. The layout of a pool that
-    /// already holds the property keeps the former size.
+    /// Sets the name, the type, the size and the functor, and drops the pool data. While the property has a
+    /// place in the records of a pool, the size stays.
     void Init(std::string const& newName, unsigned int newSize, InstanceCreationFunctor* newFunctor);
 
     /// Null until the pool data is first set, or until the pool that owns the property is compiled, which

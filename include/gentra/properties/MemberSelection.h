@@ -49,9 +49,10 @@ public:
     /// All members in order. The reference stays valid as long as the selection; its contents change at the
     /// next rebuild (any reading operation after a change) and at Clear().
     ///
-    /// The vector is the selection's own storage and is meant to be read. Entries that a host erases from its
-    /// end leave the selection; entries that it appends do not enter it.
-    [[nodiscard]] std::vector<Member>& GetAllMembers() {
+    /// The vector is the selection's own storage and is meant to be read. Entries that a host erases from it
+    /// leave the selection, and an order that a host gives it becomes the selection's; entries that it
+    /// appends do not enter.
+    std::vector<Member>& GetAllMembers() {
         BringUpToDate();
         return memberVector;
     }
@@ -181,6 +182,8 @@ private:
 
     void ReportForeignPool(MemberPool& pool) const;
     void AppendEdited(Member member);
+    template<class AddToOrder>
+    void AddEdited(Member member, AddToOrder const& addToOrder);
     void DropVanishedEntries();
     void BeginEdits();
     SelectionEdits& Edits();

@@ -59,8 +59,8 @@ public:
     /// selection it replaces is not destroyed.
     void SetMemberSelection(MemberSelection* newSelection, MemberSelection& selection, int index);
 
-    /// Clears the selection of the owner pool's active member; for a property that is no member property, or
-    /// without such a selection, the one the pool data points at.
+    /// Clears the selection of the owner pool's active member, or without one the own selection; for a
+    /// property that is no member property the one that the pool data points at.
     void ClearSelection();
     /// Adds a member of `pool` to the same selection as above; see MemberSelection::AddMember for a mismatch.
     void AddMemberToSelection(MemberPool& pool, Member member);
@@ -69,7 +69,9 @@ private:
     friend class Property;
 
     void TakeBackInstances();
-    [[nodiscard]] MemberSelection& SelectionInUse();
+    static void Renew(MemberSelection& selection, MemberPool* basePool);
+    [[nodiscard]] MemberSelection* ActiveMembersSelection();
+    [[nodiscard]] MemberSelection& FallbackSelection();
 
     MemberSelection* poolDatum = nullptr; ///< One of the two below, or one that the host gave.
     std::unique_ptr<MemberSelection> ownSelection;

@@ -91,6 +91,10 @@ public:
     GetIntrinsicPropertyFromName(std::vector<Util::RefCountPtr<Property>> const& properties,
                                  Util::String const& name);
 
+protected:
+    /// Whether a record layout counts on the size of the datum.
+    [[nodiscard]] bool HasPlaceInRecords() const noexcept;
+
 private:
     friend class PropertyTable;
 
@@ -99,6 +103,7 @@ private:
 
     Util::WeakPtr<MemberPool> ownerPool;
     Util::ShortID propertyID;
+    bool takenOver = false; ///< Whether a pool has adopted it while it was in another one.
 };
 
 } // namespace Gentra

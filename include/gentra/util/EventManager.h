@@ -24,7 +24,8 @@ struct Event;
 /// An event bus: delivers each triggered event at once, inside Trigger(), to the listeners of its type.
 ///
 /// The listeners of the exact type come first, then those of the family's root type, each group in the order
-/// of registration. Owns no listener; a manager that is destroyed takes its records off its listeners.
+/// of registration. Owns no listener; a manager that is destroyed takes its records off its listeners. It is
+/// not to be destroyed by a handler that it calls.
 class GENTRA_EXPORT EventManager {
 public:
     /// A bus without listeners. The name is for people.
@@ -74,6 +75,7 @@ private:
     };
     using ListenerMap = std::map<EventType, ListenerList, TypeOrder>;
 
+    void AppendTo(EventType const& type, EventListener* listener);
     void Deliver(TypeKey key, Event const& event);
     void MoveCursorPast(EventListener const* listener);
     void EraseFrom(ListenerList& list, EventListener const* listener);

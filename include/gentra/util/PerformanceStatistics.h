@@ -5,6 +5,7 @@
 #define GENTRA_UTIL_PERFORMANCESTATISTICS_H
 
 #include "gentra/gentra_export.h"
+#include "gentra/util/LoadTimeStatics.h"
 
 #include <cstdint>
 

@@ -7,7 +7,9 @@
 #include "gentra/gentra_export.h"
 
 #include <compare>
+#include <concepts>
 #include <cstdint>
+#include <type_traits>
 
 namespace Util {
 
@@ -25,9 +27,16 @@ public:
 
     [[nodiscard]] friend constexpr bool operator==(ShortID const& a, ShortID const& b) noexcept = default;
     [[nodiscard]] friend constexpr auto operator<=>(ShortID const& a, ShortID const& b) noexcept = default;
-    [[nodiscard]] friend constexpr bool operator==(ShortID const& a, int b) noexcept { return a.value == b; }
-    [[nodiscard]] friend constexpr auto operator<=>(ShortID const& a, int b) noexcept {
-        return a.value <=> b;
+    // With a number by the language's own conversions, so that an unsigned hash compares bit by bit.
+    template<std::integral I>
+    [[nodiscard]] friend constexpr bool operator==(ShortID const& a, I b) noexcept {
+        using Common = std::common_type_t<std::int32_t, I>;
+        return static_cast<Common>(a.value) == static_cast<Common>(b);
+    }
+    template<std::integral I>
+    [[nodiscard]] friend constexpr auto operator<=>(ShortID const& a, I b) noexcept {
+        using Common = std::common_type_t<std::int32_t, I>;
+        return static_cast<Common>(a.value) <=> static_cast<Common>(b);
     }
 
     /// The next value of the library-wide random source.

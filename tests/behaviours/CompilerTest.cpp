@@ -1,0 +1,368 @@
+// Gentra, copyright the Gentra authors.
+// SPDX-License-Identifier: MIT
+
+#include "support/Host.h"
+#include "support/MessageLog.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace Gentra;
+using Support::Messages;
+using Support::Pool;
+using Support::PropertyPtr;
+using Support::TestBehaviour;
+using Util::RefCountPtr;
+
+void Declare(TestBehaviour& behaviour, PropertyOwner owner, PropertyType type, char const* name,
+             Scope scope = VISIBLE) {
+    Parameter const parameter(owner, type, name, scope, nullptr);
+    behaviour.AddParameterToInterface(&parameter);
+}
+
+/// Properties of each owner: in no pool, of a pool, of members.
+class Compiling : public testing::Test {
+protected:
+    Compiling() {
+        pool.AddMemberProperty(before);
+        pool.AddMemberProperty(ofMembers);
+        pool.AddPoolProperty(ofPool);
+        pool.SetMemberCount(2);
+        log.Take();
+    }
+    PropertyPtr Of(PropertyOwner owner) const {
+        return owner == MEMBER ? PropertyPtr(ofMembers)
+               : owner == POOL ? PropertyPtr(ofPool)
+                               : PropertyPtr(free);
+    }
+
+    Support::MessageLog log;
+    Pool pool;
+    RefCountPtr<VectorProperty> before = Support::Vector("before");
+    RefCountPtr<ValueProperty> ofMembers = Support::Value("m", 1);
+    RefCountPtr<ValueProperty> ofPool = Support::Value("p", 2);
+    RefCountPtr<ValueProperty> free = Support::Value("f", 3);
+    TestBehaviour behaviour{"B"};
+};
+
+TEST_F(Compiling, RefusesWrongLinks) {
+    Declare(behaviour, FLEXIBLE, VALUE, "value");
+    Declare(behaviour, POOL, VECTOR, "vector", UNIQUE_INTRINSIC);
+    EXPECT_FALSE(behaviour.LinkPropertyToInterface(free, 1));
+    EXPECT_FALSE(behaviour.LinkPropertyToInterface(free, 2));
+    EXPECT_FALSE(behaviour.LinkPropertyToInterface(free, -1));
+    EXPECT_FALSE(behaviour.LinkPropertyToVisibleInterface(Property::NIL, 0));
+    EXPECT_FALSE(behaviour.LinkPropertyToVisibleInterface(PropertyPtr(nullptr), 0));
+    EXPECT_FALSE(behaviour.LinkPropertyToVisibleInterface(free, 1));
+    EXPECT_TRUE(behaviour.linkedProperties[0] == Property::NIL &&
+                behaviour.linkedProperties[1] == Property::NIL);
+    std::string const position =
+        "Bug :: Construction :: Parameter \"f\" could not be linked to Behaviour \"B\", because the "
+        "LinkPosition is not valid.";
+    EXPECT_EQ(
+        log.Take(),
+        (Messages{"Error :: Construction :: Parameter \"f\" could not be linked to Behaviour \"B\", because "
+                  "the PropertyType did not match the interface.",
+                  position, position,
+                  "Error :: Construction :: Property could not be linked to the visible Interface of a "
+                  "Behaviour, because the LinkPosition is not valid."}));
+    EXPECT_TRUE(behaviour.LinkPropertyToVisibleInterface(free, 0));
+    EXPECT_EQ(free.GetCount(), 2);
+    behaviour.ClearBehaviour();
+    EXPECT_EQ(free.GetCount(), 1);
+}
+
+TEST_F(Compiling, AcceptsLinksByOwner) {
+    std::string const form = "Error :: Compiler :: Behaviour \"B\" :: ";
+    std::string const constant = form + "Member Property linked to Constant Parameter \"e\"";
+    std::string const member = form + "Non-Member Property linked to Member Parameter \"e\"";
+    std::string const invalid =
+        form + "Parameter \"e\" of the Parameter Interface has an invalid ParameterLinkType";
+    auto const broken = static_cast<PropertyOwner>(9);
+    struct Row {
+        PropertyOwner entry;
+        PropertyOwner property;
+        std::string error;
+        int offset;
+        float value;
+    };
+    for (Row const& row : {Row{POOL, POOL, "", -1, 2}, Row{POOL, FLEXIBLE, "", -1, 3},
+                           Row{POOL, MEMBER, constant, -1, 0}, Row{MEMBER, MEMBER, "", 12, 0},
+                           Row{MEMBER, POOL, member, -1, 0}, Row{MEMBER, FLEXIBLE, member, -1, 0},
+                           Row{FLEXIBLE, MEMBER, "", 12, 1}, Row{FLEXIBLE, POOL, "", -1, 2},
+                           Row{FLEXIBLE, FLEXIBLE, "", -1, 3}, Row{broken, POOL, invalid, -1, 0}}) {
+        TestBehaviour fresh("B");
+        Declare(fresh, row.entry, VALUE, "e");
+        ASSERT_TRUE(fresh.LinkPropertyToVisibleInterface(Of(row.property), 0));
+        bool const expected = row.error.empty();
+        EXPECT_EQ(fresh.PushLinkedParamsToFastParams(), expected);
+        EXPECT_EQ(fresh.ReadyToUse(), expected);
+        Messages const messages =
+            expected ? Messages{"Success :: Compiler :: Behaviour \"B\" :: Linked Successfully!"}
+                     : Messages{row.error, form + "Disabled"};
+        EXPECT_EQ(log.Take(), messages);
+        Basic_Parameter const& fast = fresh.fastParams[0];
+        EXPECT_EQ(fast.dataOffset, row.offset);
+        EXPECT_EQ(fast.value, row.value);
+        EXPECT_EQ(fast.property, expected ? Of(row.property).Get() : nullptr);
+        if (expected) {
+            EXPECT_EQ(fast.owner, row.entry == FLEXIBLE ? row.property : row.entry);
+        }
+    }
+}
+
+TEST_F(Compiling, ReportsEachEntryUpToTheFirstUnlinkedOne) {
+    std::string const form = "Error :: Compiler :: Behaviour \"B\" :: ";
+    EXPECT_TRUE(behaviour.PushLinkedParamsToFastParams()) << "no interface at all";
+    log.Take();
+    for (char const* const name : {"wrong type", "right", "unlinked", "unseen"}) {
+        Declare(behaviour, FLEXIBLE, VALUE, name);
+    }
+    behaviour.linkedProperties[0] = before;
+    behaviour.linkedProperties[1] = ofPool;
+    behaviour.linkedProperties[3] = before;
+    EXPECT_FALSE(behaviour.PushLinkedParamsToFastParams());
+    EXPECT_EQ(log.Take(), (Messages{form + "PropertyType Mismatch",
+                                    form + "Parameter \"unlinked\" not linked ", form + "Disabled"}));
+    EXPECT_EQ(behaviour.fastParams[1].value, 2.0f) << "entries that passed keep what they were given";
+    EXPECT_FALSE(behaviour.ReadyToUse());
+    behaviour.linkedProperties[0] = behaviour.linkedProperties[2] = behaviour.linkedProperties[3] = ofPool;
+    EXPECT_TRUE(behaviour.PushLinkedParamsToFastParams());
+    behaviour.ClearLinkedParameters();
+    EXPECT_TRUE(behaviour.ReadyToUse()) << "clearing links does not disable";
+    EXPECT_EQ(behaviour.fastParams[1].property, ofPool.Get());
+}
+
+TEST_F(Compiling, RefreshesPoolConstantsOnly) {
+    for (PropertyOwner const owner : {POOL, FLEXIBLE}) {
+        Declare(behaviour, POOL, VALUE, "e");
+        behaviour.LinkPropertyToInterface(Of(owner), behaviour.GetNumInterfaceLinks() - 1);
+    }
+    behaviour.RefreshConstants(); // does nothing while disabled
+    EXPECT_EQ(behaviour.fastParams[0].value, 0.0f);
+    behaviour.PushLinkedParamsToFastParams();
+    ofPool->value = 20;
+    free->value = 30;
+    EXPECT_EQ(behaviour.ReadPoolValue(0), 2.0f);
+    EXPECT_EQ(behaviour.UsePoolValue(0), 20.0f);
+    behaviour.RefreshConstants();
+    EXPECT_EQ(behaviour.ReadPoolValue(0), 20.0f);
+    EXPECT_EQ(behaviour.ReadPoolValue(1), 3.0f);
+    behaviour.WriteFlexibleValue(0, 5);
+    EXPECT_EQ(behaviour.ReadFlexibleValue(0), 5.0f);
+    EXPECT_EQ(ofPool->value, 20.0f);
+    behaviour.RefreshConstants();
+    EXPECT_EQ(behaviour.ReadFlexibleValue(0), 20.0f);
+    behaviour.UsePoolValue(0) = 6;
+    EXPECT_EQ(ofPool->value, 6.0f);
+}
+
+TEST_F(Compiling, ReadsAndWritesValuesByKind) {
+    struct Row {
+        PropertyOwner kind;
+        float read;
+        float readConst;
+        float readMember; ///< -1: unchanged
+    };
+    for (Row const& row : {Row{POOL, 2, 2, -1}, Row{MEMBER, 1, 0, 1}, Row{FLEXIBLE, 3, 3, -1}}) {
+        TestBehaviour fresh("B");
+        fresh.FlexibleValue(0, "e");
+        fresh.LinkPropertyToVisibleInterface(Of(row.kind), 0);
+        ASSERT_TRUE(fresh.PushLinkedParamsToFastParams());
+        fresh.member = pool.GetMemberByIndex(1);
+        EXPECT_EQ(fresh.ReadFlexibleValue(0), row.read);
+        EXPECT_EQ(fresh.ReadFlexibleConstValue(0), row.readConst);
+        float out = -1;
+        fresh.ReadFlexibleMemberValue(0, out);
+        EXPECT_EQ(out, row.readMember);
+        fresh.WriteFlexibleValue(0, 9);
+        EXPECT_EQ(fresh.ReadFlexibleValue(0), 9.0f);
+    }
+    EXPECT_EQ(Datum::Read<float>(ofMembers->GetDataFromMemberSelection(pool, 1)), 9.0f);
+    EXPECT_EQ(Datum::Read<float>(ofMembers->GetDataFromMemberSelection(pool, 0)), 1.0f);
+    EXPECT_EQ(free->value, 9.0f);
+    EXPECT_EQ(ofPool->value, 2.0f);
+}
+
+TEST_F(Compiling, ReadsAndWritesVectorsByKind) {
+    pool.InitializeMemberPool();
+    PropertyPtr const properties[] = {Support::Vector("p", {2, 0, 0}), Support::Vector("m", {1, 0, 0}),
+                                      Support::Vector("f", {3, 0, 0})};
+    pool.AddPoolProperty(properties[POOL]);
+    pool.AddMemberProperty(properties[MEMBER]);
+    pool.SetMemberCount(1);
+    struct Row {
+        PropertyOwner kind;
+        float read;
+        float readConst;
+        float readMember; ///< -1: unchanged
+    };
+    for (Row const& row : {Row{POOL, 2, 2, -1}, Row{MEMBER, 1, 0, 1}, Row{FLEXIBLE, 3, 3, -1}}) {
+        TestBehaviour fresh("B");
+        fresh.FlexibleVec3(0, "e");
+        fresh.LinkPropertyToVisibleInterface(properties[row.kind], 0);
+        ASSERT_TRUE(fresh.PushLinkedParamsToFastParams());
+        fresh.member = pool.GetMemberByIndex(0);
+        EXPECT_EQ(fresh.ReadFlexibleVec3(0).x, row.read);
+        EXPECT_EQ(fresh.ReadFlexibleConstVec3(0).x, row.readConst);
+        Math::Vec3 out(-1, 0, 0);
+        fresh.ReadFlexibleMemberVec3(0, out);
+        EXPECT_EQ(out.x, row.readMember);
+        fresh.WriteFlexibleVec3(0, {9, 0, 0});
+        EXPECT_EQ(fresh.ReadFlexibleVec3(0).x, 9.0f);
+    }
+    EXPECT_EQ(properties[FLEXIBLE]->vector.x, 9.0f);
+    EXPECT_EQ(properties[POOL]->vector.x, 2.0f);
+}
+
+TEST_F(Compiling, GivesReferencesToMemberData) {
+    behaviour.MemberVec3(0, "w", VISIBLE, {});
+    behaviour.MemberValue(0, "v", VISIBLE, 0);
+    behaviour.LinkPropertyToVisibleInterface(before, 0);
+    behaviour.LinkPropertyToVisibleInterface(ofMembers, 1);
+    ASSERT_TRUE(behaviour.PushLinkedParamsToFastParams());
+    behaviour.member = pool.GetMemberByIndex(1);
+    behaviour.UseMemberVec3(0).z = 8;
+    behaviour.UseMemberValue(1) = 7;
+    EXPECT_EQ(before->GetVectorFromMemberSelection(pool, 1).z, 8.0f);
+    EXPECT_EQ(Behaviour::UseMemberValueFromProperty(*ofMembers, behaviour.member), 7.0f);
+    EXPECT_EQ(Behaviour::UseMemberVectorFromProperty(*before, behaviour.member).z, 8.0f);
+    EXPECT_EQ(Behaviour::UseMemberInSelection(pool, 1), behaviour.member);
+    EXPECT_EQ(Behaviour::UseMemberInSelection(pool, 2), Member::NIL);
+}
+
+TEST_F(Compiling, GivesSelectionsAndUserDataByKind) {
+    pool.InitializeMemberPool();
+    int userData = 0;
+    void* pointer = &userData;
+    RefCountPtr<MemberSelectionProperty> const selections[] = {
+        RefCountPtr<MemberSelectionProperty>(), {}, {}};
+    PropertyPtr const references[] = {new DataReferenceProperty, new DataReferenceProperty,
+                                      new DataReferenceProperty};
+    for (PropertyPtr const& reference : references) {
+        reference->SetPoolData(&pointer);
+    }
+    for (auto const* const list : {&selections[0], &selections[1]}) {
+        (*list)->SetName(std::to_string(list - selections));
+    }
+    pool.AddPoolProperty(selections[POOL]);
+    pool.AddMemberProperty(selections[MEMBER]);
+    pool.AddPoolProperty(references[POOL]);
+    pool.AddMemberProperty(references[MEMBER]);
+    pool.SetMemberCount(2);
+    for (PropertyOwner const kind : {POOL, MEMBER, FLEXIBLE}) {
+        TestBehaviour fresh("B");
+        fresh.FlexibleMemberSelection(0, "s");
+        fresh.FlexibleUserData(0, "d");
+        fresh.LinkPropertyToVisibleInterface(selections[kind], 0);
+        fresh.LinkPropertyToVisibleInterface(references[kind], 1);
+        ASSERT_TRUE(fresh.PushLinkedParamsToFastParams());
+        fresh.member = pool.GetMemberByIndex(1);
+        EXPECT_EQ(&fresh.UseFlexibleMemberSelection(0), selections[kind]->GetMemberSelection(pool, 1));
+        EXPECT_EQ(fresh.ReadFlexibleUserData(1), references[kind]->GetDataFromMemberSelection(pool, 1));
+        if (kind == MEMBER) {
+            EXPECT_EQ(fresh.UseFlexibleConstMemberSelection(0).GetBasePool(), nullptr) << "no active member";
+            EXPECT_EQ(fresh.ReadFlexibleConstUserData(1), nullptr);
+            pool.ActivateFirstMember();
+        }
+        EXPECT_EQ(&fresh.UseFlexibleConstMemberSelection(0), selections[kind]->GetMemberSelection(pool, 0));
+        EXPECT_EQ(fresh.ReadFlexibleConstUserData(1), pointer);
+    }
+    TestBehaviour ofMember;
+    ofMember.MemberMemberSelection(0, "s", VISIBLE);
+    ofMember.LinkPropertyToVisibleInterface(selections[MEMBER], 0);
+    ofMember.PushLinkedParamsToFastParams();
+    ofMember.member = pool.GetMemberByIndex(1);
+    EXPECT_EQ(&ofMember.UseMemberMemberSelection(0), selections[MEMBER]->GetMemberSelection(pool, 1));
+}
+
+TEST_F(Compiling, ReachesTheActiveMemberOfAnotherPool) {
+    Pool other("Other");
+    RefCountPtr<TestBehaviour> const reader(new TestBehaviour("Reader"));
+    reader->FlexibleValue(0, "e");
+    other.AddMemberProperty(Support::Value("small"));
+    other.LinkActiveBehaviour(reader);
+    reader->LinkPropertyToVisibleInterface(ofMembers, 0);
+    other.CompileMemberPool();
+    other.SetMemberCount(1);
+    reader->member = other.GetMemberByIndex(0);
+    EXPECT_EQ(reader->ReadFlexibleValue(0), 0.0f) << "that pool has no active member";
+    reader->WriteFlexibleValue(0, 5);
+    pool.ActivateMember(1);
+    EXPECT_EQ(reader->ReadFlexibleValue(0), 1.0f);
+    reader->WriteFlexibleValue(0, 5);
+    EXPECT_EQ(Datum::Read<float>(ofMembers->GetDataFromMemberSelection(pool, 1)), 5.0f);
+}
+
+TEST_F(Compiling, LooksPropertiesUpByName) {
+    EXPECT_EQ(Behaviour::GetPropertyByName("m", pool), ofMembers.Get());
+    EXPECT_EQ(Behaviour::GetPropertyByName("M", pool), nullptr);
+    MemberSelection unbound(nullptr);
+    EXPECT_EQ(Behaviour::GetPropertyByName("m", unbound), nullptr);
+    behaviour.FlexibleMemberSelection(0, "s");
+    behaviour.FlexibleValue(0, "v");
+    RefCountPtr<MemberSelectionProperty> const selections;
+    behaviour.LinkPropertyToVisibleInterface(selections, 0);
+    behaviour.LinkPropertyToVisibleInterface(free, 1);
+    EXPECT_EQ(behaviour.GetPropertyByName("m", 0u), nullptr) << "not compiled";
+    behaviour.PushLinkedParamsToFastParams();
+    EXPECT_EQ(behaviour.GetPropertyByName("m", 0u), nullptr) << "no base pool";
+    selections->SetBasePoolID(pool.GetMemberPoolID());
+    selections->SetBasePoolFromID();
+    EXPECT_EQ(behaviour.GetPropertyByName("m", 0u), ofMembers.Get());
+    EXPECT_EQ(behaviour.GetPropertyByName("m", 1u), nullptr) << "not a selection";
+    EXPECT_EQ(behaviour.GetPropertyByName("m", 16u), nullptr);
+}
+
+// Execution.
+
+TEST(Execution, RunsOverTheMembersItFound) {
+    Pool pool;
+    pool.AddMemberProperty(Support::Value("v"));
+    pool.SetMemberCount(3);
+    TestBehaviour behaviour;
+    std::vector<Member> members = pool.GetAllMembers();
+    Member current;
+    behaviour.ProcessMembers(members, current);
+    EXPECT_FALSE(current.IsValid()) << "not ready";
+    behaviour.PushLinkedParamsToFastParams();
+    behaviour.work = [&](TestBehaviour&) {
+        members.push_back(members[0]);
+        return false;
+    };
+    behaviour.ProcessMembers(members, current);
+    EXPECT_EQ(behaviour.TakeCalls().size(), 3u);
+    EXPECT_EQ(current, pool.GetMemberByIndex(2));
+    behaviour.work = [&](TestBehaviour&) {
+        members.resize(2);
+        return false;
+    };
+    behaviour.ProcessMembers(members, current);
+    EXPECT_EQ(behaviour.TakeCalls().size(), 2u);
+    behaviour.ProcessSingleMember(members[0], current);
+    EXPECT_EQ(current, members[0]);
+}
+
+TEST(Execution, VisitsEveryMemberOfALargePopulationOnce) {
+    std::vector<unsigned char> records(150'000);
+    std::vector<Member> members;
+    for (unsigned char& record : records) {
+        members.emplace_back(&record);
+    }
+    class Counting : public Behaviour {
+    public:
+        bool TriggerLiveBehaviour() override {
+            ++*current->record;
+            return true;
+        }
+        Member const* current = nullptr;
+    } counting;
+    counting.PushLinkedParamsToFastParams();
+    Member current;
+    counting.current = &current;
+    counting.ProcessMembers(members, current);
+    EXPECT_TRUE(std::all_of(records.begin(), records.end(), [](unsigned char count) { return count == 1; }));
+}
+
+} // namespace

@@ -1,0 +1,296 @@
+// Gentra, copyright the Gentra authors.
+// SPDX-License-Identifier: MIT
+
+#include "support/Host.h"
+#include "support/MessageLog.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <optional>
+
+namespace {
+
+using namespace Gentra;
+using Support::Constructor;
+using Support::MainContext;
+using Support::Messages;
+using Support::Pool;
+using Support::PropertyPtr;
+
+Messages BuildMessages(std::string const& name) {
+    return {"Build \"" + name + "\" Started...", "Initializing \"" + name + "\"",
+            "Constructing \"" + name + "\"", "Compiling \"" + name + "\"",
+            "Building \"" + name + "\" completed"};
+}
+
+Messages operator+(Messages first, Messages const& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
+TEST(Contexts, AllHearOfEveryPool) {
+    Context own;
+    std::optional<Pool> pool("Listed");
+    for (Context* const context : {&own, &MainContext()}) {
+        EXPECT_EQ(context->GetMemberPoolFromID(pool->GetMemberPoolID()), &*pool);
+        EXPECT_EQ(context->GetMemberPoolFromName("Listed"), &*pool);
+        EXPECT_EQ(context->GetMemberPoolFromName("listed"), nullptr);
+    }
+    { Context const passing; }
+    Pool later("Later");
+    ASSERT_TRUE(pool->SetNewMemberPoolID(later.GetMemberPoolID() + 1));
+    later.SetName("Listed");
+    std::vector<MemberPool*> pools{nullptr};
+    own.GetAllMemberPools(pools);
+    EXPECT_EQ(pools.size(), 2u);
+    std::vector<Util::String> names{"stale"};
+    MainContext().GetAllMemberPoolsByName(names);
+    EXPECT_EQ(names, (std::vector<Util::String>{"Listed", "Listed"}));
+    EXPECT_EQ(MainContext().GetMemberPoolFromName("Listed"), &later) << "the smaller ID";
+    pool.reset(); // under an ID that `own` never heard of
+    own.GetAllMemberPools(pools);
+    EXPECT_EQ(pools, std::vector<MemberPool*>{&later});
+    EXPECT_EQ(own.GetMemberPoolFromName("Pool"), nullptr);
+    own.ForceConstructAllMemberPools();
+}
+
+TEST(Contexts, ReportClashingAndUnknownIds) {
+    Support::MessageLog const log;
+    Pool pool;
+    PropertyPtr property = Support::Value("p");
+    pool.AddPoolProperty(property);
+    auto const trigger = [](Util::EventType const& type, int param1, void* subject) {
+        GlobalEventManager::Trigger(Util::Event(type, param1, 0, subject));
+    };
+    Util::EventType const ofPool(Property::EVENT, "MemberPool", 1);
+    trigger(MemberPool::EVENT_CREATED, 0, &pool);
+    trigger(ofPool, 0, &property);
+    trigger(ofPool, 1, &property);
+    trigger(ofPool, 1, &property);
+    trigger(ofPool, 2, &property);
+    trigger(MemberPool::EVENT_DELETED, 0, &pool);
+    trigger(MemberPool::EVENT_DELETED, 0, &pool);
+    EXPECT_EQ(
+        log.Take(),
+        (Messages{
+            "Bug Report :: Context :: MemberPool \"Pool\" tries to use an already existing ID",
+            "Bug Report :: Context :: Property \"p\" can't be registered, as it's ID is already registered",
+            "Bug Report :: Context :: Property \"p\" can't get unregistered, it's ID is unknown to the "
+            "Context. why?",
+            "Bug Report :: Context :: MemberPool \"Pool\" got deleted, but it's ID is unknown to the "
+            "Context. why?"}));
+    trigger(MemberPool::EVENT_CREATED, 0, nullptr);
+    trigger(MemberPool::EVENT_DELETED, 0, nullptr);
+    trigger(ofPool, 0, nullptr);
+    trigger(Util::EventType("Stranger"), 0, nullptr);
+    EXPECT_TRUE(log.Take().empty());
+    trigger(MemberPool::EVENT_CREATED, 0, &pool);
+    trigger(ofPool, 0, &property);
+}
+
+TEST(Contexts, KeepIdRegistrationsConsistent) {
+    Pool first;
+    Pool second;
+    Util::ShortID const id = first.GetMemberPoolID();
+    MainContext().ChangeMemberPoolID(id, second.GetMemberPoolID(), first);
+    EXPECT_EQ(MainContext().GetMemberPoolFromID(id), &first) << "a taken ID";
+    MainContext().ChangeMemberPoolID(4711, 4712, second);
+    EXPECT_EQ(MainContext().GetMemberPoolFromID(id), &first);
+    EXPECT_EQ(MainContext().GetMemberPoolFromID(4712), &second);
+}
+
+TEST(Contexts, ReserveIdsApartFromProperties) {
+    Context context;
+    Pool pool;
+    auto const property = Support::Value("p");
+    pool.AddPoolProperty(property);
+    Util::ShortID const id = property->GetPropertyID();
+    EXPECT_FALSE(context.IsPropertyIDUsed(id));
+    context.RegisterPropertyID(id);
+    context.RegisterPropertyID(id);
+    EXPECT_TRUE(context.IsPropertyIDUsed(id));
+    context.UnregisterPropertyID(id);
+    context.UnregisterPropertyID(id);
+    EXPECT_FALSE(context.IsPropertyIDUsed(id));
+}
+
+TEST(Contexts, StackActiveSelections) {
+    Context context;
+    MemberSelection a(nullptr);
+    MemberSelection b(nullptr);
+    MemberSelection c(nullptr);
+    auto const activateAll = [&] {
+        for (MemberSelection* const each : {&a, &b, &c}) {
+            context.ActivateMemberSelection(*each);
+        }
+    };
+    EXPECT_EQ(context.GetActiveMemberSelection(), nullptr);
+    activateAll();
+    context.DeactivateMemberSelection(c);
+    EXPECT_EQ(context.GetActiveMemberSelection(), &b);
+    context.DeactivateMemberSelection(a);
+    EXPECT_EQ(context.GetActiveMemberSelection(), nullptr);
+    activateAll();
+    MemberSelection stranger(nullptr);
+    context.DeactivateMemberSelection(stranger);
+    EXPECT_EQ(context.GetActiveMemberSelection(), nullptr);
+}
+
+TEST(Contexts, AreCopiedAsSnapshots) {
+    auto source = std::make_unique<Context>();
+    auto pool = std::make_unique<Pool>("Snapshot");
+    Context copy(*source);
+    Pool const later("Later");
+    EXPECT_EQ(copy.GetMemberPoolFromName("Snapshot"), pool.get());
+    EXPECT_EQ(copy.GetMemberPoolFromName("Later"), nullptr) << "a copy hears no events";
+    source.reset();
+    pool.reset();
+    EXPECT_EQ(copy.GetMemberPoolFromName("Snapshot"), nullptr);
+    copy.ForceConstructAllMemberPools();
+    copy.ForceReconstructAllMemberPools();
+}
+
+// Passes.
+
+TEST(ConstructPass, BuildsWaitingPoolsInOrderOfCreation) {
+    Support::MessageLog const log;
+    MainContext().ForceConstructAllMemberPools();
+    EXPECT_TRUE(log.Take().empty()) << "nothing waits";
+    std::optional<Pool> inner;
+    Constructor const constructor([&](MemberPool& pool) {
+        GlobalMessageManager::OutputMessage("event");
+        if (!inner) {
+            inner.emplace("Inner");
+            MainContext().ForceConstructAllMemberPools();
+            MainContext().ForceReconstructAllMemberPools();
+        }
+        EXPECT_EQ(pool.GetAllProperties().size(), 0u);
+    });
+    Pool first("First");
+    Pool second("Second");
+    MainContext().ForceConstructAllMemberPools();
+    Messages const messages = log.Take();
+    Messages expected;
+    for (char const* const name : {"First", "Second", "Inner"}) {
+        Messages build = BuildMessages(name);
+        build.insert(build.begin() + 3, "event");
+        expected = expected + build;
+    }
+    EXPECT_EQ(messages, expected);
+    MainContext().ForceConstructAllMemberPools();
+    EXPECT_TRUE(log.Take().empty());
+}
+
+TEST(ConstructPass, LetsPoolsBeDestroyedInsideIt) {
+    for (int victim = 0; victim < 3; ++victim) {
+        Support::MessageLog const log;
+        std::vector<std::unique_ptr<Pool>> pools;
+        for (char const* const name : {"0", "1", "2"}) {
+            pools.push_back(std::make_unique<Pool>(name));
+        }
+        Constructor const constructor([&](MemberPool& pool) {
+            if (pool.GetName() == "1") {
+                pools[static_cast<std::size_t>(victim)].reset();
+            }
+        });
+        MainContext().ForceConstructAllMemberPools();
+        Messages expected;
+        for (int i = 0; i < 3; ++i) {
+            Messages build = BuildMessages(std::to_string(i));
+            if (i == victim && i == 1) {
+                build.resize(3);
+            }
+            if (i != victim || i < 2) {
+                expected = expected + build;
+            }
+        }
+        EXPECT_EQ(log.Take(), expected) << "victim " << victim;
+    }
+}
+
+TEST(ConstructPass, LeavesAPoolOfAPoolConstructionBehaviourUnbuilt) {
+    std::optional<Pool> born;
+    Util::RefCountPtr<Support::TestBehaviour> const behaviour(new Support::TestBehaviour);
+    behaviour->work = [&](Support::TestBehaviour&) {
+        born.emplace("Born");
+        return true;
+    };
+    int constructed = 0;
+    Constructor const constructor([&](MemberPool& pool) {
+        ++constructed;
+        if (pool.GetName() == "Parent") {
+            pool.LinkPoolConstructionBehaviour(behaviour);
+        }
+    });
+    Pool parent("Parent");
+    MainContext().ForceConstructAllMemberPools();
+    ASSERT_TRUE(born);
+    MainContext().ForceConstructAllMemberPools();
+    EXPECT_EQ(constructed, 1);
+    born->ProcessMemberPool();
+    EXPECT_EQ(constructed, 1) << "it no longer waits";
+}
+
+TEST(ConstructPass, EndsItsGuardWhenAListenerThrows) {
+    Pool pool;
+    {
+        Constructor const constructor([](MemberPool&) { throw 1; });
+        EXPECT_THROW(MainContext().ForceConstructAllMemberPools(), int);
+    }
+    Support::MessageLog const log;
+    MainContext().ForceReconstructAllMemberPools();
+    EXPECT_EQ(log.Take(), BuildMessages("Pool"));
+}
+
+TEST(ReconstructPass, RebuildsAllPoolsById) {
+    Support::MessageLog const log;
+    Pool high("High");
+    Pool low("Low");
+    high.SetNewMemberPoolID(1000);
+    low.SetNewMemberPoolID(-1000);
+    std::optional<Pool> below;
+    std::optional<Pool> above;
+    Constructor const constructor([&](MemberPool& pool) {
+        pool.AddMemberProperty(Support::Value("v"));
+        if (pool.GetName() == "High" && !below) {
+            below.emplace("Below");
+            below->SetNewMemberPoolID(0);
+            above.emplace("Above");
+            above->SetNewMemberPoolID(2000);
+        }
+    });
+    MainContext().ForceConstructAllMemberPools();
+    EXPECT_EQ(high.GetAllProperties().size(), 1u);
+    high.SetMemberCount(3);
+    below.reset();
+    above.reset();
+    log.Take();
+    MainContext().ForceReconstructAllMemberPools();
+    EXPECT_EQ(log.Take(), BuildMessages("Low") + BuildMessages("High") + BuildMessages("Above"));
+    EXPECT_EQ(high.GetNumMembers(), 0);
+    MainContext().ForceConstructAllMemberPools();
+    EXPECT_TRUE(log.Take().empty()) << "what the pass passed by does not wait either";
+}
+
+TEST(ReconstructPass, LeavesNothingBehindOverManyRounds) {
+    Util::RefCountPtr<MemberSelectionProperty> const kept(new MemberSelectionProperty("kept"));
+    Util::RefCountPtr<TextProperty> const text(new TextProperty("text"));
+    Constructor const constructor([&](MemberPool& pool) {
+        kept->SetBasePoolID(pool.GetMemberPoolID());
+        pool.AddMemberProperty(kept);
+        pool.AddMemberProperty(text);
+    });
+    Pool pool;
+    MemberSelection const* selection = nullptr;
+    for (int round = 0; round < 5; ++round) {
+        MainContext().ForceReconstructAllMemberPools();
+        pool.SetMemberCount(1);
+        MemberSelection const* const current = kept->GetMemberSelection(pool, 0);
+        EXPECT_TRUE(round == 0 || current == selection) << "instances are used again";
+        EXPECT_EQ(current->GetBasePool(), &pool);
+        selection = current;
+    }
+}
+
+} // namespace
