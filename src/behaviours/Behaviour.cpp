@@ -87,6 +87,12 @@ void Behaviour::Initialize() {
 
 void Behaviour::CheckForUpdate() {}
 
+// Not beside ProcessMembers(): there the compiler would guess that this one is called, and test the guess for
+// each member.
+bool Behaviour::TriggerLiveBehaviour() {
+    return false;
+}
+
 void Behaviour::CreateParameterInterface() {}
 
 void Behaviour::SetOwnerPool(MemberPool* pool) {

@@ -3,22 +3,42 @@
 
 #include "gentra/behaviours/Behaviour.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace Gentra {
 
 namespace {
 
-// A large population does not fit into the caches, and its records lie in no order once members have come and
-// gone. Fetching a record some members ahead hides most of the wait; for small populations it only costs.
+// A large population does not fit into the caches. While its records follow each other in memory the machine
+// fetches them ahead by itself; once members have come and gone, or were shuffled, it does not, and most of a
+// frame is spent waiting. Fetching some members ahead then halves the time; elsewhere it only costs.
 constexpr std::size_t PREFETCH_POPULATION = 100'000;
-constexpr std::size_t PREFETCH_DISTANCE = 16;
-constexpr std::uintptr_t CACHE_LINE = 64;
+constexpr std::ptrdiff_t PREFETCH_DISTANCE = 32;
+constexpr std::ptrdiff_t HALF_CACHE_LINE = 32;
+
+/// Whether a large population's records are out of order, judged by some neighbours.
+bool IsScattered(std::vector<Member> const& members) noexcept {
+    constexpr std::size_t SAMPLES = 64;
+    constexpr std::size_t MANY = SAMPLES / 8;
+    constexpr std::uintptr_t NEAR = 4096;
+    if (members.size() < PREFETCH_POPULATION) {
+        return false;
+    }
+    std::size_t jumps = 0;
+    for (std::size_t i = 1; i < members.size(); i += members.size() / SAMPLES) {
+        auto const first = reinterpret_cast<std::uintptr_t>(members[i - 1].record);
+        auto const second = reinterpret_cast<std::uintptr_t>(members[i].record);
+        jumps += (first < second ? second - first : first - second) > NEAR ? 1 : 0;
+    }
+    return jumps > MANY;
+}
 
 inline void Prefetch(unsigned char const* record) noexcept {
 #if defined(__GNUC__)
+    // A small record may reach into the next line.
     __builtin_prefetch(record, 1);
-    __builtin_prefetch(record + CACHE_LINE, 1);
+    __builtin_prefetch(record + HALF_CACHE_LINE, 1);
 #else
     static_cast<void>(record);
 #endif
@@ -26,28 +46,37 @@ inline void Prefetch(unsigned char const* record) noexcept {
 
 } // namespace
 
-void Behaviour::ProcessMembers(std::vector<Member>& members, Member& current) {
-    if (disabled) {
-        return;
-    }
+/// Two walks in one text, so that most populations do not pay for the prefetch.
+template<bool PREFETCH>
+void Behaviour::Walk(std::vector<Member>& members, Member& current) {
     std::size_t const count = members.size();
-    std::size_t const prefetchEnd = count >= PREFETCH_POPULATION ? count - PREFETCH_DISTANCE : 0;
     unsigned int const clearedBefore = timesCleared;
     for (std::size_t i = 0; i < count; ++i) {
         // The behaviour may have taken members out of the vector, or had its pool cleared.
-        if (i >= members.size() || timesCleared != clearedBefore) {
+        Member const* const next = members.data() + i;
+        Member const* const end = members.data() + members.size();
+        if (next >= end || timesCleared != clearedBefore) {
             return;
         }
-        if (i < prefetchEnd && i + PREFETCH_DISTANCE < members.size()) {
-            Prefetch(members[i + PREFETCH_DISTANCE].record);
+        if constexpr (PREFETCH) {
+            if (end - next > PREFETCH_DISTANCE) {
+                Prefetch(next[PREFETCH_DISTANCE].record);
+            }
         }
-        current = members[i];
+        current = *next;
         TriggerLiveBehaviour();
     }
 }
 
-bool Behaviour::TriggerLiveBehaviour() {
-    return false;
+void Behaviour::ProcessMembers(std::vector<Member>& members, Member& current) {
+    if (disabled) {
+        return;
+    }
+    if (IsScattered(members)) {
+        Walk<true>(members, current);
+    } else {
+        Walk<false>(members, current);
+    }
 }
 
 void Behaviour::ProcessSingleMember(Member processedMember, Member& current) {

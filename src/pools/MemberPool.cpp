@@ -16,7 +16,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <exception>
 #include <utility>
 
 namespace Gentra {
@@ -39,34 +38,31 @@ int NextIdentity() {
     return static_cast<int>(identitiesGiven++);
 }
 
+/// Copies a datum; the common sizes without a call.
+void CopyDatum(unsigned char* datum, void const* source, int size) {
+    if (size == sizeof(float)) {
+        std::memcpy(datum, source, sizeof(float));
+    } else if (size == sizeof(Math::Vec3)) {
+        std::memcpy(datum, source, sizeof(Math::Vec3));
+    } else {
+        std::memcpy(datum, source, static_cast<std::size_t>(size));
+    }
+}
+
 /// Gives a new member its datum of one property: the default and the property's instance work.
-void CreateDatum(Property& property, MemberPropertyTable::Place const& place, unsigned char* record) {
+void CreateDatum(MemberPropertyTable::Place const& place, unsigned char* record) {
     unsigned char* const datum = record + place.offset;
-    if (void const* const defaultData = property.GetPoolData()) {
-        std::memcpy(datum, defaultData, static_cast<std::size_t>(place.size));
+    if (place.plainDefault != nullptr) {
+        CopyDatum(datum, place.plainDefault, place.size);
+        return;
+    }
+    if (void const* const defaultData = place.property->GetPoolData()) {
+        CopyDatum(datum, defaultData, place.size);
     } else {
         std::memset(datum, 0, static_cast<std::size_t>(place.size));
     }
-    property.OnInstanceCreation(datum);
+    place.property->OnInstanceCreation(datum);
 }
-
-/// Runs a function when its scope is left by an exception.
-template<class Function>
-class OnException {
-public:
-    explicit OnException(Function newFunction) : function(newFunction) {}
-    OnException(OnException const&) = delete;
-    OnException& operator=(OnException const&) = delete;
-    ~OnException() {
-        if (std::uncaught_exceptions() > exceptions) {
-            function();
-        }
-    }
-
-private:
-    Function function;
-    int exceptions = std::uncaught_exceptions();
-};
 
 void AppendNames(std::vector<PropertyPtr> const& properties, std::vector<Util::String>& out) {
     for (PropertyPtr const& property : properties) {
@@ -192,13 +188,9 @@ bool MemberPool::AcceptsMemberProperty(Property& property) const {
 }
 
 /// Reports an attempt of a listener to fill the pool again while it is being emptied.
-bool MemberPool::RefuseWhileClearing() const {
-    if (clearing) {
-        GlobalMessageManager::OutputMessage(
-            "Error :: Construction :: Nothing can be added to the Pool \"%s\" while it is cleared",
-            name.c_str());
-    }
-    return clearing;
+void MemberPool::ReportClearing() const {
+    GlobalMessageManager::OutputMessage(
+        "Error :: Construction :: Nothing can be added to the Pool \"%s\" while it is cleared", name.c_str());
 }
 
 /// Triggers the event; false when a listener has destroyed the pool.
@@ -258,7 +250,7 @@ int MemberPool::GetDataOffsetFromPropertyName(Util::String const& propertyName) 
     if (found == properties.end()) {
         return -1;
     }
-    return memberProperties->PlaceOf(static_cast<std::size_t>(found - properties.begin())).offset;
+    return memberProperties->Places()[static_cast<std::size_t>(found - properties.begin())].offset;
 }
 
 std::vector<PropertyPtr> MemberPool::GetAllProperties() const {
@@ -335,37 +327,59 @@ Member MemberPool::CreateNewMember() {
         return Member();
     }
     unsigned int const clearedBefore = timesCleared;
-    OnException const giveBack([&] {
+    try {
+        SetUpMember(record);
+    } catch (...) {
         if (timesCleared == clearedBefore) {
-            memberProperties->RetireRecord(record);
-            memberProperties->GiveBackRecord(record);
+            FreeRecord(record);
         }
-    });
-    std::deque<PropertyPtr> const& properties = memberProperties->Properties().All();
-    for (std::size_t i = 0; i < properties.size(); ++i) {
-        CreateDatum(*properties[i], memberProperties->PlaceOf(i), record);
-        if (timesCleared != clearedBefore) { // by the host's instance creation
-            return Member();
-        }
+        throw;
     }
+    // The host's code in between may have cleared the pool or deleted the member.
+    bool const isThere =
+        timesCleared == clearedBefore && (memberConstructionBehaviours.empty() || IsRecordInUse(record));
+    return isThere ? Member(record) : Member();
+}
 
-    Member const member(record);
-    if (!memberConstructionBehaviours.empty()) {
-        std::vector<Member> newMembers(1, member);
-        InitializeNewMembers(newMembers);
-        // A construction behaviour may have cleared the pool or deleted the member.
-        if (timesCleared != clearedBefore || !memberProperties->IsRecordInUse(record)) {
-            return Member();
+/// Fills a new record and runs the member-construction behaviours on it.
+void MemberPool::SetUpMember(unsigned char* record) {
+    unsigned int const clearedBefore = timesCleared;
+    std::vector<MemberPropertyTable::Place> const& places = memberProperties->Places();
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        CreateDatum(places[i], record);
+        if (timesCleared != clearedBefore) { // by the host's instance creation
+            return;
         }
     }
-    return member;
+    if (!memberConstructionBehaviours.empty()) {
+        std::vector<Member> newMembers(1, Member(record));
+        InitializeNewMembers(newMembers);
+    }
+}
+
+bool MemberPool::IsRecordInUse(unsigned char const* record) const {
+    MemberRecordStorage const* const records = memberProperties->Records();
+    return records != nullptr && records->FindInUse(record).block != MemberRecordStorage::NO_BLOCK;
+}
+
+void MemberPool::FreeRecord(unsigned char const* record) {
+    if (IsRecordInUse(record)) {
+        MemberRecordStorage& records = *memberProperties->Records();
+        MemberRecordStorage::Place const place = records.FindInUse(record);
+        records.Retire(place);
+        records.GiveBack(place);
+    }
 }
 
 void MemberPool::DeleteMember(Member member) {
     if (!member.IsValid()) {
         return;
     }
-    if (!memberProperties->IsRecordInUse(member.record)) {
+    MemberRecordStorage* const records = memberProperties->Records();
+    MemberRecordStorage::Place const place =
+        records != nullptr ? records->FindInUse(member.record)
+                           : MemberRecordStorage::Place{MemberRecordStorage::NO_BLOCK, 0};
+    if (place.block == MemberRecordStorage::NO_BLOCK) {
         GlobalMessageManager::OutputMessageOnce(
             "Bug Report :: MemberPool :: The Pool \"%s\" was asked to delete a "
             "Member it does not have",
@@ -373,16 +387,18 @@ void MemberPool::DeleteMember(Member member) {
         return;
     }
     // From here on deleting it once more, from the host's instance deletion, is refused.
-    memberProperties->RetireRecord(member.record);
+    records->Retire(place);
     unsigned int const clearedBefore = timesCleared;
-    std::deque<PropertyPtr> const& properties = memberProperties->Properties().All();
-    for (std::size_t i = 0; i < properties.size(); ++i) {
-        properties[i]->OnInstanceDeletion(member.record + memberProperties->PlaceOf(i).offset);
+    std::vector<MemberPropertyTable::Place> const& places = memberProperties->Places();
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        if (places[i].plainDefault == nullptr) {
+            places[i].property->OnInstanceDeletion(member.record + places[i].offset);
+        }
         if (timesCleared != clearedBefore) { // by the host's instance deletion
             return;
         }
     }
-    memberProperties->GiveBackRecord(member.record);
+    records->GiveBack(place);
 }
 
 unsigned char* MemberPool::GetDataFromMember(int memberIndex, int propertyIndex) {
@@ -397,7 +413,7 @@ unsigned char* MemberPool::GetDataFromMemberSelectionMember(MemberSelection& sel
         position >= memberProperties->Properties().All().size()) {
         return nullptr;
     }
-    return member.record + memberProperties->PlaceOf(position).offset;
+    return member.record + memberProperties->Places()[position].offset;
 }
 
 bool MemberPool::RecordReaches(int offset, int size) const noexcept {

@@ -207,7 +207,7 @@ bool MemberPool::LayoutFits(Behaviour const& behaviour) const {
         }
         Property& linked = *behaviour.linkedProperties[i];
         MemberPropertyTable::Place const place{behaviour.fastParams[i].dataOffset, linked.GetDataSize(),
-                                               linked.GetPropertyType()};
+                                               linked.GetPropertyType(), nullptr, nullptr};
         if (!memberProperties->HasDatum(place)) {
             GlobalMessageManager::OutputMessageOnce("Error :: PoolProcessing :: The Behaviour \"%s\" can not "
                                                     "be used for the Pool \"%s\", because its "

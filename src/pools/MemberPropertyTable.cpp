@@ -3,19 +3,34 @@
 
 #include "MemberPropertyTable.h"
 
+#include "gentra/properties/ValueProperty.h"
+#include "gentra/properties/VectorProperty.h"
+
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <typeinfo>
 #include <utility>
 
 namespace Gentra {
+
+namespace {
+
+/// See MemberPropertyTable::Place.
+void const* PlainDefault(Property& property) {
+    std::type_info const& kind = typeid(property);
+    return kind == typeid(ValueProperty) || kind == typeid(VectorProperty) ? property.GetPoolData() : nullptr;
+}
+
+} // namespace
 
 bool MemberPropertyTable::HasRoomFor(int size) const noexcept {
     return size >= 0 && size <= std::numeric_limits<int>::max() - recordSize;
 }
 
 void MemberPropertyTable::Add(Util::RefCountPtr<Property> const& property) {
-    Place const place{recordSize, property->GetDataSize(), property->GetPropertyType()};
+    Place const place{recordSize, property->GetDataSize(), property->GetPropertyType(),
+                      PlainDefault(*property), property.Get()};
     places.reserve(places.size() + 1);
     placesOnly.reserve(placesOnly.size() + 1);
     if (table.Insert(property)) {
@@ -54,7 +69,8 @@ bool MemberPropertyTable::HasDatum(Place const& place) const noexcept {
            std::any_of(placesOnly.begin(), placesOnly.end(), isSame);
 }
 
-unsigned char* MemberPropertyTable::TakeRecord() {
+/// The first record, or one with bytes that no table entry covers.
+unsigned char* MemberPropertyTable::TakeSpecialRecord() {
     if (recordSize < 1) {
         return nullptr;
     }
@@ -66,18 +82,6 @@ unsigned char* MemberPropertyTable::TakeRecord() {
         std::memset(record + place.offset, 0, static_cast<std::size_t>(place.size));
     }
     return record;
-}
-
-bool MemberPropertyTable::IsRecordInUse(unsigned char const* record) {
-    return storage != nullptr && storage->IsInUse(record);
-}
-
-void MemberPropertyTable::RetireRecord(unsigned char* record) {
-    storage->Retire(record);
-}
-
-void MemberPropertyTable::GiveBackRecord(unsigned char* record) {
-    storage->GiveBack(record);
 }
 
 } // namespace Gentra

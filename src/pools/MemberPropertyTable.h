@@ -24,6 +24,10 @@ public:
         int offset;
         int size;
         PropertyType type;
+        /// The pool data of a property that is exactly a ValueProperty or VectorProperty: copying it is all
+        /// there is to do for a new member, and nothing for a deleted one. Null for any other property.
+        void const* plainDefault = nullptr;
+        Property* property = nullptr; ///< The table keeps it alive.
     };
 
     /// Whether there are records, which fix the layout.
@@ -40,20 +44,22 @@ public:
     void Clear(MemberPool const& pool);
 
     [[nodiscard]] PropertyTable const& Properties() const noexcept { return table; }
-    /// The place of the property at that position of the table.
-    [[nodiscard]] Place const& PlaceOf(std::size_t position) const noexcept { return places[position]; }
+    /// The places of the properties, in the order of the table.
+    [[nodiscard]] std::vector<Place> const& Places() const noexcept { return places; }
     [[nodiscard]] int RecordSize() const noexcept { return recordSize; }
     /// Whether a record has a datum of exactly that type and size there.
     [[nodiscard]] bool HasDatum(Place const& place) const noexcept;
 
     /// A new record, or null while records have no bytes. Bytes without a table entry are 0.
-    [[nodiscard]] unsigned char* TakeRecord();
-    [[nodiscard]] bool IsRecordInUse(unsigned char const* record);
-    /// Ends the use of a record, which is handed out again once it is given back.
-    void RetireRecord(unsigned char* record);
-    void GiveBackRecord(unsigned char* record);
+    [[nodiscard]] unsigned char* TakeRecord() {
+        return storage != nullptr && placesOnly.empty() ? storage->Take() : TakeSpecialRecord();
+    }
+    /// The records, while there are any.
+    [[nodiscard]] MemberRecordStorage* Records() const noexcept { return storage.get(); }
 
 private:
+    [[nodiscard]] unsigned char* TakeSpecialRecord();
+
     PropertyTable table;
     std::vector<Place> places;     ///< Same positions as the table.
     std::vector<Place> placesOnly; ///< Of properties without an entry.

@@ -4,8 +4,6 @@
 #include "MemberRecordStorage.h"
 
 #include <algorithm>
-#include <functional>
-#include <iterator>
 
 namespace Gentra {
 
@@ -13,76 +11,49 @@ MemberRecordStorage::MemberRecordStorage(std::size_t newRecordSize)
     : recordSize(newRecordSize),
       nextBlockSize(std::min(FIRST_BLOCK_SIZE, FIRST_BLOCK_RECORDS * newRecordSize)) {}
 
-unsigned char* MemberRecordStorage::Take() {
-    if (freeRecords.empty()) {
-        Grow();
-    }
-    unsigned char* const record = freeRecords.back();
-    freeRecords.pop_back();
-    Block& block = *FindBlock(record);
-    block.inUse[IndexInBlock(block, record)] = true;
-    return record;
-}
-
-bool MemberRecordStorage::IsInUse(unsigned char const* record) {
-    Block const* const block = FindBlock(record);
-    if (block == nullptr) {
-        return false;
-    }
-    std::size_t const index = IndexInBlock(*block, record);
-    return block->bytes.get() + index * recordSize == record && block->inUse[index];
-}
-
-void MemberRecordStorage::Retire(unsigned char* record) {
-    Block& block = *FindBlock(record);
-    block.inUse[IndexInBlock(block, record)] = false;
-}
-
-void MemberRecordStorage::GiveBack(unsigned char* record) {
-    freeRecords.push_back(record);
-}
-
 void MemberRecordStorage::Grow() {
-    std::size_t const count = std::max<std::size_t>(nextBlockSize / recordSize, 1);
-    Block block{std::make_unique_for_overwrite<unsigned char[]>(count * recordSize), count,
-                std::vector<bool>(count, false)};
-    unsigned char* const start = block.bytes.get();
+    auto const count = static_cast<std::uint32_t>(std::max<std::size_t>(nextBlockSize / recordSize, 1));
+    auto const number = static_cast<std::uint32_t>(blocks.size());
+    // Whatever can run out of memory comes first.
     freeRecords.reserve(freeRecords.size() + count);
+    starts.reserve(starts.size() + 1);
+    blockAt.reserve(blockAt.size() + 1);
+    blocks.push_back({std::make_unique_for_overwrite<unsigned char[]>(count * recordSize),
+                      std::make_unique<bool[]>(count), count});
 
-    auto const place = std::upper_bound(
-        blocks.begin(), blocks.end(), start,
-        [](unsigned char const* address, Block const& b) { return std::less<>()(address, b.bytes.get()); });
-    lastBlock =
-        static_cast<std::size_t>(std::distance(blocks.begin(), blocks.insert(place, std::move(block))));
+    auto const start = reinterpret_cast<std::uintptr_t>(blocks.back().bytes.get());
+    auto const place = std::upper_bound(starts.begin(), starts.end(), start) - starts.begin();
+    starts.insert(starts.begin() + place, start);
+    blockAt.insert(blockAt.begin() + place, number);
     // Ascending, so that the highest address is handed out first.
-    for (std::size_t i = 0; i < count; ++i) {
-        freeRecords.push_back(start + i * recordSize);
+    for (std::uint32_t i = 0; i < count; ++i) {
+        freeRecords.push_back({number, i});
     }
     nextBlockSize = std::min(nextBlockSize * 2, LARGEST_BLOCK_SIZE);
 }
 
-MemberRecordStorage::Block* MemberRecordStorage::FindBlock(unsigned char const* record) {
-    // Addresses of different blocks are compared, which only the function objects define.
-    std::less<> const before;
-    auto const holds = [&](Block const& block) {
-        unsigned char const* const start = block.bytes.get();
-        return !before(record, start) && before(record, start + block.recordCount * recordSize);
-    };
-    if (lastBlock < blocks.size() && holds(blocks[lastBlock])) {
-        return &blocks[lastBlock];
+MemberRecordStorage::Place MemberRecordStorage::FindInUse(unsigned char const* record) const {
+    auto const address = reinterpret_cast<std::uintptr_t>(record);
+    // A binary search without branches: which way it goes is chance, and a wrong guess costs more than a
+    // step.
+    std::uintptr_t const* base = starts.data();
+    for (std::size_t length = starts.size(); length > 1; length -= length / 2) {
+        base += base[length / 2] <= address ? length / 2 : 0;
     }
-    auto const behind = std::upper_bound(
-        blocks.begin(), blocks.end(), record,
-        [&](unsigned char const* address, Block const& b) { return before(address, b.bytes.get()); });
-    if (behind == blocks.begin() || !holds(*std::prev(behind))) {
-        return nullptr;
+    if (starts.empty() || address < *base) {
+        return {NO_BLOCK, 0};
     }
-    lastBlock = static_cast<std::size_t>(std::distance(blocks.begin(), std::prev(behind)));
-    return &blocks[lastBlock];
-}
-
-std::size_t MemberRecordStorage::IndexInBlock(Block const& block, unsigned char const* record) const {
-    return static_cast<std::size_t>(record - block.bytes.get()) / recordSize;
+    std::uint32_t const number = blockAt[static_cast<std::size_t>(base - starts.data())];
+    std::size_t const offset = address - *base;
+    if (offset >= blocks[number].recordCount * recordSize) {
+        return {NO_BLOCK, 0};
+    }
+    // A block that is larger than LARGEST_BLOCK_SIZE holds one record, so these fit 32 bits, which divide
+    // faster.
+    auto const index =
+        offset < recordSize ? 0 : static_cast<std::uint32_t>(offset) / static_cast<std::uint32_t>(recordSize);
+    bool const isInUse = offset == index * recordSize && blocks[number].inUse[index];
+    return {isInUse ? number : NO_BLOCK, index};
 }
 
 } // namespace Gentra

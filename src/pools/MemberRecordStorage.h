@@ -18,15 +18,31 @@ public:
     /// `newRecordSize` is in bytes and at least 1.
     explicit MemberRecordStorage(std::size_t newRecordSize);
 
-    /// A record; its contents are undefined.
-    [[nodiscard]] unsigned char* Take();
+    /// A record by its place. The block is NO_BLOCK for an address that is no record in use.
+    struct Place {
+        std::uint32_t block;
+        std::uint32_t index;
+    };
+    static constexpr std::uint32_t NO_BLOCK = 0xFFFFFFFFu;
 
-    /// Whether the address, which may be any, is a record that was taken and not given back.
-    [[nodiscard]] bool IsInUse(unsigned char const* record);
+    /// A record; its contents are undefined.
+    [[nodiscard]] unsigned char* Take() {
+        if (freeRecords.empty()) {
+            Grow();
+        }
+        Place const place = freeRecords.back();
+        freeRecords.pop_back();
+        Block const& block = blocks[place.block];
+        block.inUse[place.index] = true;
+        return block.bytes.get() + place.index * recordSize;
+    }
+
+    /// Finds a record that is in use, by any address.
+    [[nodiscard]] Place FindInUse(unsigned char const* record) const;
     /// Ends the use of a record.
-    void Retire(unsigned char* record);
+    void Retire(Place place) { blocks[place.block].inUse[place.index] = false; }
     /// Takes back a record that was retired.
-    void GiveBack(unsigned char* record);
+    void GiveBack(Place place) { freeRecords.push_back(place); }
 
     [[nodiscard]] std::size_t RecordSize() const noexcept { return recordSize; }
 
@@ -38,19 +54,20 @@ private:
 
     struct Block {
         std::unique_ptr<unsigned char[]> bytes;
-        std::size_t recordCount;
-        std::vector<bool> inUse; ///< Per record, so that none is given back twice.
+        std::unique_ptr<bool[]> inUse; ///< Per record, so that none is given back twice.
+        std::uint32_t recordCount;
     };
 
     void Grow();
-    [[nodiscard]] Block* FindBlock(unsigned char const* record);
-    [[nodiscard]] std::size_t IndexInBlock(Block const& block, unsigned char const* record) const;
 
     std::size_t recordSize;
     std::size_t nextBlockSize; ///< In bytes.
-    std::vector<Block> blocks; ///< Ascending by address.
-    std::size_t lastBlock = 0; ///< Where the last record was found: neighbours follow each other.
-    std::vector<unsigned char*> freeRecords;
+    std::vector<Block> blocks; ///< In order of allocation.
+    std::vector<Place> freeRecords;
+
+    // Where the blocks begin, ascending, and which one begins there.
+    std::vector<std::uintptr_t> starts;
+    std::vector<std::uint32_t> blockAt;
 };
 
 } // namespace Gentra

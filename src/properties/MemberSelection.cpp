@@ -32,9 +32,8 @@ MemberSelection::MemberSelection(MemberPool* newBasePool) {
 MemberSelection::MemberSelection(MemberSelection const& other)
     : basePool(other.basePool), memberVector(other.memberVector), appended(other.appended),
       edits(other.edited ? std::make_unique<SelectionEdits>(*other.edits) : nullptr), kept(other.kept),
-      entryCount(other.entryCount), cursor(other.cursor), recreationTimeStamp(other.recreationTimeStamp),
-      activeMember(other.activeMember), memberVectorOutOfDate(other.memberVectorOutOfDate),
-      cursorValid(other.cursorValid), edited(other.edited) {}
+      cursor(other.cursor), recreationTimeStamp(other.recreationTimeStamp), activeMember(other.activeMember),
+      changed(other.changed), cursorValid(other.cursorValid), edited(other.edited) {}
 
 MemberSelection& MemberSelection::operator=(MemberSelection const& other) {
     MemberSelection copy(other);
@@ -43,11 +42,10 @@ MemberSelection& MemberSelection::operator=(MemberSelection const& other) {
     appended.swap(copy.appended);
     edits.swap(copy.edits);
     kept = copy.kept;
-    entryCount = copy.entryCount;
     cursor = copy.cursor;
     recreationTimeStamp = copy.recreationTimeStamp;
     activeMember = copy.activeMember;
-    memberVectorOutOfDate = copy.memberVectorOutOfDate;
+    changed = copy.changed;
     cursorValid = copy.cursorValid;
     edited = copy.edited;
     return *this;
@@ -97,7 +95,7 @@ bool MemberSelection::ActivatePreviousMember() {
 void MemberSelection::ActivateMember(int index) {
     BringUpToDate();
     DropVanishedEntries();
-    if (index >= 0 && static_cast<Slot>(index) < entryCount) {
+    if (index >= 0 && static_cast<Slot>(index) < EntryCount()) {
         ActivateSlot(SlotAtIndex(static_cast<Slot>(index)));
     }
 }
@@ -132,11 +130,7 @@ void MemberSelection::AddMembers(MemberPool& pool, std::vector<Member> const& me
         }
         return;
     }
-    if (!members.empty()) {
-        appended.insert(appended.end(), members.begin(), members.end());
-        entryCount += static_cast<Slot>(members.size());
-        memberVectorOutOfDate = true;
-    }
+    appended.insert(appended.end(), members.begin(), members.end());
 }
 
 void MemberSelection::AddNewMember() {
@@ -220,8 +214,6 @@ void MemberSelection::AddEdited(Member member, AddToOrder const& addToOrder) {
         appended.pop_back();
         throw;
     }
-    ++entryCount;
-    memberVectorOutOfDate = true;
     if (edits->index.IsBuilt()) {
         try {
             edits->index.Add(SlotCount() - 1, member, edits->order, [this](Slot slot) { return At(slot); });
@@ -249,7 +241,7 @@ Member MemberSelection::RemoveActiveMember() {
     }
     Slot const removed = cursor;
     Member const member = At(removed);
-    if (entryCount < 2) {
+    if (EntryCount() < 2) {
         ClearActiveMember();
     } else {
         ActivateNextMember();
@@ -260,7 +252,7 @@ Member MemberSelection::RemoveActiveMember() {
 
 Member MemberSelection::RemoveMemberByIndex(int index) {
     DropVanishedEntries();
-    if (index < 0 || static_cast<Slot>(index) >= entryCount) {
+    if (index < 0 || static_cast<Slot>(index) >= EntryCount()) {
         return Member();
     }
     return RemoveSlot(SlotAtIndex(static_cast<Slot>(index)));
@@ -276,7 +268,7 @@ void MemberSelection::RemoveMember(Member member) {
 
 Member MemberSelection::RemoveAnyMember() {
     DropVanishedEntries();
-    return entryCount > 0 ? RemoveSlot(LastSlot()) : Member();
+    return EntryCount() > 0 ? RemoveSlot(LastSlot()) : Member();
 }
 
 Member MemberSelection::RemoveSlot(Slot slot) {
@@ -303,8 +295,7 @@ void MemberSelection::EraseSlot(Slot slot) {
         BeginEdits();
         edits->order.Erase(slot);
     }
-    --entryCount;
-    memberVectorOutOfDate = true;
+    changed = true;
 }
 
 void MemberSelection::SetMemberCount(int count) {
@@ -327,9 +318,8 @@ void MemberSelection::Clear() {
     }
     edited = false;
     kept = 0;
-    entryCount = 0;
+    changed = false;
     ClearActiveMember();
-    memberVectorOutOfDate = false;
 }
 
 // The list behind it.
@@ -369,8 +359,7 @@ void MemberSelection::DropVanishedEntries() {
     appended.swap(left);
     kept = 0;
     edited = false;
-    entryCount = static_cast<Slot>(appended.size());
-    memberVectorOutOfDate = true;
+    changed = true;
     if (cursorValid && newCursor == NO_SLOT) {
         ActivateSlot(FirstSlot());
     } else if (cursorValid) {
@@ -378,25 +367,29 @@ void MemberSelection::DropVanishedEntries() {
     }
 }
 
+MemberSelection::Slot MemberSelection::EditedCount() const noexcept {
+    return edits->order.Count();
+}
+
 MemberSelection::Slot MemberSelection::FirstSlot() const noexcept {
     if (edited) {
         return edits->order.First();
     }
-    return entryCount > 0 ? 0 : NO_SLOT;
+    return EntryCount() > 0 ? 0 : NO_SLOT;
 }
 
 MemberSelection::Slot MemberSelection::LastSlot() const noexcept {
     if (edited) {
         return edits->order.Last();
     }
-    return entryCount > 0 ? entryCount - 1 : NO_SLOT;
+    return EntryCount() > 0 ? EntryCount() - 1 : NO_SLOT;
 }
 
 MemberSelection::Slot MemberSelection::NextSlot(Slot slot) const noexcept {
     if (edited) {
         return edits->order.Next(slot);
     }
-    return slot + 1 < entryCount ? slot + 1 : NO_SLOT;
+    return slot + 1 < EntryCount() ? slot + 1 : NO_SLOT;
 }
 
 MemberSelection::Slot MemberSelection::PreviousSlot(Slot slot) const noexcept {
@@ -416,7 +409,7 @@ MemberSelection::Slot MemberSelection::FindFirst(Member member) {
     if (edited && edits->index.IsBuilt()) {
         return edits->index.Find(member, edits->order, memberAt);
     }
-    if (entryCount >= SMALLEST_INDEXED && searched >= SEARCHES_PER_INDEX * entryCount) {
+    if (EntryCount() >= SMALLEST_INDEXED && searched >= SEARCHES_PER_INDEX * EntryCount()) {
         BeginEdits();
         edits->index.Build(edits->order, memberAt);
         searched = 0;
@@ -437,12 +430,12 @@ void MemberSelection::RecreateMemberVector() {
     } else {
         TakeOverAppended();
     }
-    kept = entryCount;
+    kept = static_cast<Slot>(memberVector.size());
     if (edits != nullptr) {
         edits->searched = 0;
     }
     ++recreationTimeStamp;
-    memberVectorOutOfDate = false;
+    changed = false;
 }
 
 void MemberSelection::TakeOverAppended() {
@@ -451,9 +444,10 @@ void MemberSelection::TakeOverAppended() {
         memberVector.swap(appended);
         return;
     }
-    if (memberVector.capacity() < entryCount) {
+    std::size_t const count = SlotCount();
+    if (memberVector.capacity() < count) {
         // Doubling would waste up to half of a large population's vector.
-        memberVector.reserve(entryCount + entryCount / 8);
+        memberVector.reserve(count + count / 8);
     }
     memberVector.insert(memberVector.end(), appended.begin(), appended.end());
     appended.clear();
@@ -465,7 +459,7 @@ void MemberSelection::TakeOverEdits() {
     std::vector<Member> ordered;
     std::vector<Member>& target = inPlace ? memberVector : ordered;
     Slot const oldKept = kept;
-    std::size_t const room = std::max<std::size_t>(entryCount, inPlace ? oldKept : 0);
+    std::size_t const room = std::max<std::size_t>(EntryCount(), inPlace ? oldKept : 0);
     if (target.capacity() < room) {
         target.reserve(room);
     }

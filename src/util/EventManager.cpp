@@ -47,13 +47,19 @@ EventType* EventManager::RegisterListener(EventListener* listener, EventType con
 
 void EventManager::AppendTo(EventType const& type, EventListener* listener) {
     auto const entry = listeners.try_emplace(type).first;
+    ListenerList& list = entry->second;
+    bool const inDelivery = dispatching && &list == dispatchList;
+    std::size_t const delivered = inDelivery ? static_cast<std::size_t>(dispatchNext - list.data()) : 0;
     try {
-        entry->second.push_back(listener);
+        list.push_back(listener);
     } catch (...) {
-        if (entry->second.empty()) {
+        if (list.empty()) {
             listeners.erase(entry);
         }
         throw;
+    }
+    if (inDelivery) {
+        SetCursor(delivered);
     }
 }
 
@@ -62,7 +68,7 @@ void EventManager::RemoveListener(EventListener* listener, EventType const& type
     if (listener == nullptr || entry == listeners.end()) {
         return;
     }
-    if (dispatching && (*dispatchList)[dispatchNext] == listener) {
+    if (dispatching && *dispatchNext == listener) {
         MoveCursorPast(listener);
     }
     EraseFrom(entry->second, listener);
@@ -84,13 +90,13 @@ void EventManager::Deliver(TypeKey key, Event const& event) {
         return;
     }
     dispatchList = &entry->second;
-    dispatchNext = 0;
+    SetCursor(0);
     dispatching = true;
     try {
         do {
-            EventListener* const listener = (*dispatchList)[dispatchNext];
+            EventListener* const listener = *dispatchNext;
             ++dispatchNext;
-            if (dispatchNext == dispatchList->size()) {
+            if (dispatchNext == dispatchEnd) {
                 dispatching = false;
             }
             // After this call only the cursor tells the truth: the handler may have changed or freed the
@@ -103,21 +109,31 @@ void EventManager::Deliver(TypeKey key, Event const& event) {
     }
 }
 
+/// Puts the cursor on a position of the list in delivery, whose storage may have moved.
+void EventManager::SetCursor(std::size_t position) noexcept {
+    dispatchNext = dispatchList->data() + position;
+    dispatchEnd = dispatchList->data() + dispatchList->size();
+}
+
 void EventManager::MoveCursorPast(EventListener const* listener) {
-    while (dispatchNext < dispatchList->size() && (*dispatchList)[dispatchNext] == listener) {
+    while (dispatchNext != dispatchEnd && *dispatchNext == listener) {
         ++dispatchNext;
     }
-    if (dispatchNext == dispatchList->size()) {
+    if (dispatchNext == dispatchEnd) {
         dispatching = false;
     }
 }
 
 void EventManager::EraseFrom(ListenerList& list, EventListener const* listener) {
-    if (dispatching && &list == dispatchList) {
-        auto const cursor = list.begin() + static_cast<std::ptrdiff_t>(dispatchNext);
-        dispatchNext -= static_cast<std::size_t>(std::count(list.begin(), cursor, listener));
+    if (!dispatching || &list != dispatchList) {
+        std::erase(list, listener);
+        return;
     }
+    auto const delivered = static_cast<std::size_t>(dispatchNext - list.data());
+    auto const erasedBefore =
+        static_cast<std::size_t>(std::count(list.data(), list.data() + delivered, listener));
     std::erase(list, listener);
+    SetCursor(delivered - erasedBefore);
 }
 
 void EventManager::DropRecord(EventListener* listener, EventType const& type) {

@@ -1,6 +1,7 @@
 // Gentra, copyright the Gentra authors.
 // SPDX-License-Identifier: MIT
 
+#include "support/Allocations.h"
 #include "support/Host.h"
 #include "support/MessageLog.h"
 
@@ -8,32 +9,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <iterator>
 #include <list>
-#include <new>
 #include <random>
-
-namespace {
-
-std::size_t allocations = 0;
-
-} // namespace
-
-// Counts what the whole process allocates, the library included.
-void* operator new(std::size_t size) {
-    ++allocations;
-    if (void* const memory = std::malloc(size)) {
-        return memory;
-    }
-    throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
 
 namespace {
 
@@ -203,12 +181,12 @@ TEST_F(Selections, RefillWithoutAllocating) {
     selection.AddMember(pool, a);
     selection.GetAllMembers();
     selection.Clear();
-    std::size_t const before = allocations;
+    std::size_t const before = Support::AllocationsSoFar();
     for (int round = 0; round < 5; ++round) {
         EXPECT_EQ(fill(100), 100u);
         selection.Clear();
     }
-    EXPECT_EQ(allocations, before);
+    EXPECT_EQ(Support::AllocationsSoFar(), before);
 }
 
 /// The selection as a linked list and a lazily rebuilt vector, for comparison.

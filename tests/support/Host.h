@@ -46,7 +46,7 @@ public:
 
 /// A pool on the main context.
 struct Pool : Gentra::MemberPool {
-    explicit Pool(char const* name = "Pool") : MemberPool(MainContext()) { SetName(name); }
+    explicit Pool(char const* newName = "Pool") : MemberPool(MainContext()) { SetName(newName); }
 };
 
 /// A behaviour that lays open what derived classes see, and records what the pool does with it.

@@ -341,6 +341,8 @@ private:
 
     [[nodiscard]] PerformanceStatistics& PerformanceStats() noexcept { return performanceStats; }
 
+    template<bool PREFETCH>
+    void Walk(std::vector<Member>& members, Member& current);
     [[nodiscard]] bool HasRoomForParameter(Parameter const& parameter) const;
     void Declare(PropertyOwner owner, PropertyType type, char const* parameterName, Scope scope,
                  float defaultValue = 0.0f, Math::Vec3 defaultVector = Math::Vec3());

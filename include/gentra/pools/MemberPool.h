@@ -209,9 +209,18 @@ private:
     void ClearPool();
     void ClearBehaviours(BehaviourList& behaviours);
     void InitPoolProperties();
+    void SetUpMember(unsigned char* record);
+    [[nodiscard]] bool IsRecordInUse(unsigned char const* record) const;
+    void FreeRecord(unsigned char const* record);
     [[nodiscard]] bool CanEnter(Util::RefCountPtr<Property> const& property) const;
     [[nodiscard]] bool AcceptsMemberProperty(Property& property) const;
-    [[nodiscard]] bool RefuseWhileClearing() const;
+    [[nodiscard]] bool RefuseWhileClearing() const {
+        if (clearing) {
+            ReportClearing();
+        }
+        return clearing;
+    }
+    void ReportClearing() const;
     void AnnounceLeaving(std::deque<Util::RefCountPtr<Property>> const& table, char const* subName);
     [[nodiscard]] bool AnnounceEntering(Util::RefCountPtr<Property> const& property);
     void AssignDefaultPropertyID(Property& property) const;

@@ -44,7 +44,7 @@ public:
 
     // Queries.
 
-    [[nodiscard]] int GetNumMembers() const noexcept { return static_cast<int>(entryCount); }
+    [[nodiscard]] int GetNumMembers() const noexcept { return static_cast<int>(EntryCount()); }
 
     /// All members in order. The reference stays valid as long as the selection; its contents change at the
     /// next rebuild (any reading operation after a change) and at Clear().
@@ -160,7 +160,7 @@ private:
     using Slot = std::uint32_t;
 
     void BringUpToDate() {
-        if (memberVectorOutOfDate) {
+        if (changed || !appended.empty()) {
             RecreateMemberVector();
         }
     }
@@ -171,9 +171,10 @@ private:
             return;
         }
         appended.push_back(member);
-        ++entryCount;
-        memberVectorOutOfDate = true;
     }
+
+    [[nodiscard]] Slot EntryCount() const noexcept { return edited ? EditedCount() : SlotCount(); }
+    [[nodiscard]] Slot EditedCount() const noexcept;
 
     [[nodiscard]] Slot SlotCount() const noexcept { return kept + static_cast<Slot>(appended.size()); }
     [[nodiscard]] Member At(Slot slot) const noexcept {
@@ -208,12 +209,11 @@ private:
     std::vector<Member> memberVector; ///< As of the last rebuild; never touched in between.
     std::vector<Member> appended;     ///< Entries that came after it.
     std::unique_ptr<SelectionEdits> edits;
-    Slot kept = 0;       ///< How many leading entries of `memberVector` are slots.
-    Slot entryCount = 0; ///< The number of members.
-    Slot cursor = 0;     ///< Meaningful while `cursorValid`.
+    Slot kept = 0;   ///< How many leading entries of `memberVector` are slots.
+    Slot cursor = 0; ///< Meaningful while `cursorValid`.
     std::uint32_t recreationTimeStamp = 0;
     Member activeMember;
-    bool memberVectorOutOfDate = false;
+    bool changed = false; ///< Whether `memberVector` is out of date, other than by what is in `appended`.
     bool cursorValid = false;
     bool edited =
         false; ///< Whether `edits` tells which slots are members and in which order; else all, in order.

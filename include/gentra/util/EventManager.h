@@ -77,6 +77,7 @@ private:
 
     void AppendTo(EventType const& type, EventListener* listener);
     void Deliver(TypeKey key, Event const& event);
+    void SetCursor(std::size_t position) noexcept;
     void MoveCursorPast(EventListener const* listener);
     void EraseFrom(ListenerList& list, EventListener const* listener);
     void DropRecord(EventListener* listener, EventType const& type);
@@ -87,7 +88,8 @@ private:
     std::set<EventType, std::less<>> knownTypes; ///< Every type ever registered for; never shrinks.
     ListenerMap listeners;                       ///< Types with at least one listener.
     ListenerList* dispatchList = nullptr;        ///< The list in delivery, while `dispatching`.
-    std::size_t dispatchNext = 0;                ///< Position in it of the next listener to call.
+    EventListener** dispatchNext = nullptr;      ///< In it the next listener to call, while `dispatching`.
+    EventListener** dispatchEnd = nullptr;       ///< Its end.
     bool dispatching = false;
     String name;
 
