@@ -111,8 +111,5 @@ int main(int argc, char** argv) {
     benchmark::Initialize(&count, arguments.data());
     Bench::Collector collector;
     benchmark::RunSpecifiedBenchmarks(&collector);
-    if (getenv("DUMP"))
-        for (auto& t : collector.times)
-            std::printf("%s %.1f\n", t.first.c_str(), collector.Median(t.first));
     return Bench::PrintTable(collector);
 }

@@ -18,5 +18,7 @@ install(FILES
 if(gentra_type STREQUAL "STATIC_LIBRARY")
   set(gentra_pc_cflags "-DGENTRA_STATIC_DEFINE")
 endif()
+# From the file's own place, so that an installed tree can be moved.
+file(RELATIVE_PATH gentra_pc_to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/gentra.pc.in gentra.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/gentra.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -6,6 +6,12 @@
 
 #include <cstdint>
 
+#if defined(__GNUC__)
+#define GENTRA_NOINLINE __attribute__((noinline))
+#else
+#define GENTRA_NOINLINE
+#endif
+
 namespace Util {
 
 template<class T>
@@ -35,9 +41,13 @@ private:
 
         void Release() noexcept {
             if (--references == 0) {
-                delete this;
+                Free(this);
             }
         }
+
+        // gcc 12 would follow two pointers to one block and warn of a use after the other's delete, so it
+        // must not look inside.
+        GENTRA_NOINLINE static void Free(Block* block) noexcept { delete block; }
     };
 
     Block* block;
