@@ -78,7 +78,7 @@ public:
 class Shape {
 public:
     virtual ~Shape() = default;
-    [[gnu::noinline]] virtual bool Work() { // or the compiler would guess the target and inline it
+    virtual bool Work() {
         unsigned char* const record = *current;
         Move(*reinterpret_cast<Math::Vec3*>(record + offsets[0]),
              *reinterpret_cast<Math::Vec3*>(record + offsets[1]),

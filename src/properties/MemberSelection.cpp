@@ -19,7 +19,7 @@ namespace {
 constexpr std::uint32_t NO_SLOT = SlotOrder::NONE;
 
 /// Building the index of members costs about as much as looking at each member this many times.
-constexpr std::size_t SEARCHES_PER_INDEX = 8;
+constexpr std::size_t SEARCHES_PER_INDEX = 4;
 /// Below this size a search is cheaper than any index.
 constexpr std::size_t SMALLEST_INDEXED = 64;
 
@@ -415,12 +415,31 @@ MemberSelection::Slot MemberSelection::FindFirst(Member member) {
         searched = 0;
         return edits->index.Find(member, edits->order, memberAt);
     }
-    Slot slot = FirstSlot();
-    while (slot != NO_SLOT && At(slot) != member) {
-        ++searched;
-        slot = NextSlot(slot);
+    if (edited && !edits->order.IsAscending()) {
+        Slot slot = FirstSlot();
+        while (slot != NO_SLOT && At(slot) != member) {
+            ++searched;
+            slot = NextSlot(slot);
+        }
+        return slot;
     }
-    return slot;
+    // In ascending order the two vectors are searched straight through; only a hit need not be a member any
+    // more.
+    auto const searchIn = [&](std::vector<Member> const& entries, Slot count, Slot firstSlot) {
+        for (Slot i = 0; i < count; ++i) {
+            auto const from = entries.begin() + static_cast<std::ptrdiff_t>(i);
+            auto const end = entries.begin() + static_cast<std::ptrdiff_t>(count);
+            auto const found = std::find(from, end, member);
+            searched += static_cast<std::size_t>(found - from);
+            i = static_cast<Slot>(found - entries.begin());
+            if (i < count && (!edited || edits->order.IsLive(firstSlot + i))) {
+                return firstSlot + i;
+            }
+        }
+        return NO_SLOT;
+    };
+    Slot const inVector = searchIn(memberVector, kept, 0);
+    return inVector != NO_SLOT ? inVector : searchIn(appended, static_cast<Slot>(appended.size()), kept);
 }
 
 void MemberSelection::RecreateMemberVector() {

@@ -92,19 +92,35 @@ void EventManager::Deliver(TypeKey key, Event const& event) {
     dispatchList = &entry->second;
     SetCursor(0);
     dispatching = true;
+    cursorMoved = false;
+    // The cursor is kept here as well, so that no step waits for the last one's way through memory. Whatever
+    // a handler does to the list or the cursor sets `cursorMoved`.
+    EventListener** next = dispatchNext;
+    EventListener** end = dispatchEnd;
     try {
-        do {
-            EventListener* const listener = *dispatchNext;
-            ++dispatchNext;
-            if (dispatchNext == dispatchEnd) {
+        for (;;) {
+            EventListener* const listener = *next++;
+            if (next == end) {
                 dispatching = false;
+                listener->HandleEvent(event);
+                break;
             }
-            // After this call only the cursor tells the truth: the handler may have changed or freed the
-            // list.
+            dispatchNext = next;
             listener->HandleEvent(event);
-        } while (dispatching);
+            if (!cursorMoved) {
+                continue;
+            }
+            if (!dispatching) {
+                break;
+            }
+            cursorMoved = false;
+            next = dispatchNext;
+            end = dispatchEnd;
+        }
+        cursorMoved = true; // for a delivery around this one
     } catch (...) {
         dispatching = false;
+        cursorMoved = true;
         throw;
     }
 }
@@ -113,12 +129,14 @@ void EventManager::Deliver(TypeKey key, Event const& event) {
 void EventManager::SetCursor(std::size_t position) noexcept {
     dispatchNext = dispatchList->data() + position;
     dispatchEnd = dispatchList->data() + dispatchList->size();
+    cursorMoved = true;
 }
 
 void EventManager::MoveCursorPast(EventListener const* listener) {
     while (dispatchNext != dispatchEnd && *dispatchNext == listener) {
         ++dispatchNext;
     }
+    cursorMoved = true;
     if (dispatchNext == dispatchEnd) {
         dispatching = false;
     }

@@ -384,7 +384,7 @@ TEST_F(Processing, MeasuresPoolAndBehaviours) {
     MainContext().GetPerformanceProfiler().StopSession();
     EXPECT_EQ(slow->GetPerformaceStats().GetSampleCount(), 3u);
     EXPECT_NEAR(slow->GetPerformaceStats().GetMaxProcessingTime(), 0.05, 1e-9);
-    EXPECT_DOUBLE_EQ(slow->GetPerformaceStats().GetMinProcessingTime(), 0.0);
+    EXPECT_NEAR(slow->GetPerformaceStats().GetMinProcessingTime(), 0.0, 1e-9);
     EXPECT_EQ(pool.GetPerformaceStats().GetSampleCount(), 3u);
     EXPECT_NEAR(pool.GetPerformaceStats().GetMaxProcessingTime(), 0.05, 1e-9);
     EXPECT_EQ(behaviour->GetPerformaceStats().GetSampleCount(), 0u);

@@ -91,6 +91,7 @@ private:
     EventListener** dispatchNext = nullptr;      ///< In it the next listener to call, while `dispatching`.
     EventListener** dispatchEnd = nullptr;       ///< Its end.
     bool dispatching = false;
+    bool cursorMoved = false; ///< Whether something else than the delivery itself has moved the cursor.
     String name;
 
     /// How many records each listener holds of this manager, to take them off when the manager goes.
