@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
+#include <utility>
 
 namespace {
 
@@ -214,6 +214,83 @@ TEST_F(Processing, TriggersABehaviourThroughAProperty) {
     caller.PushLinkedParamsToFastParams();
     caller.TriggerFlexibleBehaviour(0);
     EXPECT_EQ(live->TakeCalls(), Calls{"trigger"});
+}
+
+TEST_F(Processing, TriggersOneBehaviourThoughTheTriggerChangesTheProperty) {
+    RefCountPtr<TestBehaviour> const live(new TestBehaviour("Live"));
+    TestBehaviour caller;
+    caller.FlexibleBehaviourTrigger(0, "t");
+    auto* const trigger = new BehaviourProperty;
+    PropertyPtr property(trigger);
+    trigger->SetBehaviour(live.Get());
+    caller.LinkPropertyToVisibleInterface(property, 0);
+    caller.PushLinkedParamsToFastParams();
+    property = Property::NIL;
+    live->work = [&](TestBehaviour&) {
+        trigger->SetBehaviour(nullptr);
+        caller.ClearLinkedParameters();
+        return false;
+    };
+    caller.TriggerFlexibleBehaviour(0);
+    EXPECT_EQ(live->TakeCalls(), Calls{"trigger"});
+}
+
+TEST_F(Processing, EndsAWalkWhoseMembersWereRebuilt) {
+    // The behaviour is linked again in the new, smaller layout, and there are new members to walk on to.
+    RefCountPtr<TestBehaviour> const rebuilding(new TestBehaviour("Rebuilding"));
+    rebuilding->MemberValue(0, "x", SHARED_INTRINSIC, 0);
+    bool isFirst = true;
+    Constructor const constructor([&](MemberPool& built) {
+        if (&built == &pool) {
+            if (isFirst) {
+                built.AddMemberProperty(Support::Vector("large"));
+            }
+            built.LinkActiveBehaviour(rebuilding);
+        }
+    });
+    rebuilding->work = [&](TestBehaviour& self) {
+        if (std::exchange(isFirst, false)) {
+            MainContext().ForceReconstructAllMemberPools();
+            pool.SetMemberCount(5);
+            pool.GetAllMembers();
+        } else {
+            self.UseMemberValue(0) = 1;
+        }
+        return true;
+    };
+    pool.InitializeMemberPool();
+    MainContext().ForceReconstructAllMemberPools();
+    pool.SetMemberCount(5);
+    rebuilding->TakeCalls();
+    pool.ProcessMemberPool();
+    EXPECT_EQ(rebuilding->TakeCalls(), (Calls{"check", "trigger"}));
+    pool.ProcessMemberPool();
+    EXPECT_EQ(rebuilding->TakeCalls().size(), 6u);
+}
+
+TEST_F(Processing, KeepsABehaviourWithAClearedInterfaceAwayFromForeignRecords) {
+    RefCountPtr<TestBehaviour> const shared(new TestBehaviour("Shared"));
+    other.AddMemberProperty(Support::Vector("w"));
+    shared->MemberValue(0, "x", SHARED_INTRINSIC, 0);
+    other.LinkMemberConstructionBehaviour(shared);
+    other.CompileMemberPool();
+    pool.LinkMemberConstructionBehaviour(shared);
+    shared->ClearParameterInterface();
+    shared->TakeCalls();
+    pool.AddNewMember();
+    EXPECT_EQ(shared->TakeCalls(), Calls{"check"});
+}
+
+TEST_F(Processing, RestoresTheActiveMemberWhenAConstructionBehaviourThrows) {
+    RefCountPtr<TestBehaviour> const throwing(new TestBehaviour("Throwing"));
+    throwing->work = [](TestBehaviour&) -> bool { throw 1; };
+    pool.LinkMemberConstructionBehaviour(throwing);
+    Compile();
+    pool.ActivateMember(1);
+    Member const active = pool.ActiveMember();
+    EXPECT_THROW(pool.AddNewMember(), int);
+    EXPECT_EQ(pool.ActiveMember(), active);
+    EXPECT_EQ(pool.GetNumMembers(), 5);
 }
 
 TEST_F(Processing, RunsConstructionBehavioursOnNewMembers) {

@@ -169,6 +169,26 @@ TEST_F(Selections, SurviveAHostThatShrinksTheirVector) {
     EXPECT_EQ(abc.GetAllMembers(), std::vector<Member>{b}) << "what the host appends does not enter";
 }
 
+TEST_F(Selections, SurviveAHostThatShrinksTheirVectorWhileTheyAreEdited) {
+    MemberSelection selection(&pool);
+    for (std::size_t i = 0; i < 200; ++i) {
+        selection.AddMember(pool, M(i));
+    }
+    selection.ActivateMember(150);
+    for (std::size_t i = 0; i < 60; ++i) { // enough for the index of members
+        selection.RemoveMember(M(100 + i));
+    }
+    std::vector<Member>& seen = selection.GetAllMembers();
+    selection.RemoveMember(M(0));
+    seen.resize(50);
+    seen.shrink_to_fit();
+    selection.AddMember(pool, M(300));
+    EXPECT_EQ(seen.size(), 50u) << "what somebody may be walking stays";
+    EXPECT_EQ(selection.GetNumMembers(), 50);
+    EXPECT_EQ(selection.RemoveAnyMember(), M(300));
+    EXPECT_EQ(Contents(selection).front(), M(1));
+}
+
 TEST_F(Selections, RefillWithoutAllocating) {
     MemberSelection selection(&pool);
     auto const fill = [&](std::size_t count) {

@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -360,6 +361,79 @@ TEST(NewMembers, LeaveAHostsSelectionAlone) {
     selections->SetMemberSelection(&own, pool, 7);
     pool.DeleteMember(pool.RemoveMemberByIndex(0));
     EXPECT_EQ(own.GetNumMembers(), 1);
+}
+
+TEST(NewMembers, NeverShareASelectionThatAnotherMemberStillHas) {
+    Support::Pool pool;
+    RefCountPtr<MemberSelectionProperty> const selections(new MemberSelectionProperty("s"));
+    pool.AddMemberProperty(selections);
+    pool.SetMemberCount(2);
+    MemberSelection* const ofFirst = selections->GetMemberSelection(pool, 0);
+    selections->SetMemberSelection(ofFirst, pool, 1);
+    ofFirst->AddMember(pool, Member());
+    for (int victim : {1, 0}) { // first the one that borrowed it, then the one it was made for
+        pool.DeleteMember(pool.RemoveMemberByIndex(victim));
+        pool.AddNewMember();
+        pool.AddNewMember();
+        for (int i = victim == 1 ? 1 : 0; i < pool.GetNumMembers(); ++i) {
+            EXPECT_NE(selections->GetMemberSelection(pool, i), ofFirst);
+        }
+    }
+    unsigned int const stamp = ofFirst->GetLastRecreationTimeStamp();
+    pool.InitializeMemberPool();
+    EXPECT_GT(ofFirst->GetLastRecreationTimeStamp(), stamp)
+        << "nobody takes a renewed selection for the old one";
+}
+
+TEST(NewMembers, KeepTheirInstancesWhenAnotherPoolTookTheProperty) {
+    Support::Pool pool;
+    Support::Pool other("Other");
+    RefCountPtr<TextProperty> const text(new TextProperty("t"));
+    pool.AddMemberProperty(text);
+    Member const member = pool.CreateNewMember();
+    other.AddMemberProperty(text);
+    other.InitializeMemberPool();
+    EXPECT_NE(Datum::Read<void*>(pool.CreateNewMember().record), Datum::Read<void*>(member.record));
+}
+
+TEST(DeletedMembers, AreDeletedOnceThoughTheirInstanceDeletesThemAgain) {
+    struct Suicidal : InstanceCreationFunctor {
+        void CreateInstance(unsigned char*, int) override {}
+        void DeleteInstance(unsigned char* datum, int) override {
+            ++deletions;
+            pool->DeleteMember(Member(datum));
+            if (clearing) {
+                pool->InitializeMemberPool();
+            }
+        }
+        Support::Pool* pool = nullptr;
+        int deletions = 0;
+        bool clearing = false;
+    } functor;
+    Support::Pool pool;
+    functor.pool = &pool;
+    for (bool const clearing : {false, true}) {
+        functor.clearing = clearing;
+        pool.AddMemberProperty(new FixedSizeDataProperty("f", 8, &functor));
+        pool.DeleteMember(pool.CreateNewMember());
+        EXPECT_EQ(std::exchange(functor.deletions, 0), 1);
+        EXPECT_EQ(pool.GetAllProperties().empty(), clearing);
+        pool.InitializeMemberPool();
+    }
+}
+
+TEST(NewMembers, GoAgainWhenTheHostsInstanceThrows) {
+    struct Throwing : InstanceCreationFunctor {
+        void CreateInstance(unsigned char*, int) override { throw 1; }
+        void DeleteInstance(unsigned char*, int) override {}
+    } functor;
+    Support::Pool pool;
+    RefCountPtr<FixedSizeDataProperty> const block(new FixedSizeDataProperty("f", 8, &functor));
+    pool.AddMemberProperty(block);
+    EXPECT_THROW(pool.AddNewMember(), int);
+    EXPECT_EQ(pool.GetNumMembers(), 0);
+    block->Init("f", 8, nullptr);
+    EXPECT_TRUE(pool.CreateNewMember().IsValid());
 }
 
 TEST(SelectionProperties, WorkOnTheActiveMemberOrOnThePoolData) {
