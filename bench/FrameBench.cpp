@@ -68,8 +68,8 @@ public:
         float const step = ReadPoolValue(3);
         for (Member const& each : members) {
             Move(*reinterpret_cast<Math::Vec3*>(each.record + position),
-                 *reinterpret_cast<Math::Vec3*>(each.record + velocity),
-                 *reinterpret_cast<float*>(each.record + count), step);
+                 *reinterpret_cast<Math::Vec3*>(each.record + velocity), *reinterpret_cast<float*>(each.record + count),
+                 step);
         }
     }
 };
@@ -80,8 +80,7 @@ public:
     virtual ~Shape() = default;
     virtual bool Work() {
         unsigned char* const record = *current;
-        Move(*reinterpret_cast<Math::Vec3*>(record + offsets[0]),
-             *reinterpret_cast<Math::Vec3*>(record + offsets[1]),
+        Move(*reinterpret_cast<Math::Vec3*>(record + offsets[0]), *reinterpret_cast<Math::Vec3*>(record + offsets[1]),
              *reinterpret_cast<float*>(record + offsets[2]), step);
         return true;
     }
@@ -203,11 +202,10 @@ void Register() {
             if (order != CREATED && size < 1'000'000) {
                 continue;
             }
-            for (Variant const& variant :
-                 {Variant{"default", 0}, Variant{"override", 1}, Variant{"hoisted", 2}}) {
+            for (Variant const& variant : {Variant{"default", 0}, Variant{"override", 1}, Variant{"hoisted", 2}}) {
                 if (order == CREATED || variant.mover == 0) {
-                    benchmark::RegisterBenchmark(("frame-" + std::string(variant.name) + suffix).c_str(),
-                                                 Library, order, variant.mover)
+                    benchmark::RegisterBenchmark(("frame-" + std::string(variant.name) + suffix).c_str(), Library,
+                                                 order, variant.mover)
                         ->Arg(size);
                 }
             }
@@ -218,18 +216,17 @@ void Register() {
         benchmark::RegisterBenchmark("frame-shape", ByHand, CREATED, true)->Arg(size);
         std::string const n = "/" + std::to_string(size);
         std::string const label = "frame " + std::to_string(size) + ": ";
-        Bench::CompareTimes(label + "default path / same shape by hand", "frame-default" + n,
-                            "frame-shape" + n, 1.10);
+        Bench::CompareTimes(label + "default path / same shape by hand", "frame-default" + n, "frame-shape" + n, 1.10);
         Bench::CompareTimes(label + "default path / loop by hand", "frame-default" + n, "frame-baseline" + n,
                             size < 1'000'000 ? 3.1 : 1.5);
-        Bench::CompareTimes(label + "own ProcessMembers / loop by hand", "frame-override" + n,
-                            "frame-baseline" + n, 1.3);
+        Bench::CompareTimes(label + "own ProcessMembers / loop by hand", "frame-override" + n, "frame-baseline" + n,
+                            1.3);
         Bench::CompareTimes(label + "the same, offsets hoisted / loop by hand", "frame-hoisted" + n,
                             "frame-baseline" + n, 1.1);
     }
     // The results differ with the order of the members, so these are compared through baselines of their own.
-    Bench::CompareTimes("frame 1000000: default path, recycled / ordered loop",
-                        "frame-default-recycled/1000000", "frame-baseline/1000000", 3.6);
+    Bench::CompareTimes("frame 1000000: default path, recycled / ordered loop", "frame-default-recycled/1000000",
+                        "frame-baseline/1000000", 3.6);
     Bench::CompareTimes("frame 1000000: default path, random / ordered loop", "frame-default-random/1000000",
                         "frame-baseline/1000000", 5.5);
 }

@@ -5,7 +5,7 @@
 
 #include "RatioTable.h"
 
-#include "support/Allocations.h"
+#include "Allocations.h"
 
 #include <gentra/gentra.h>
 
@@ -20,34 +20,31 @@ constexpr int COUNT = 1'000'000;
 
 template<class Use>
 double BytesPerMember(Use const& use) {
-    std::size_t const before = Support::BytesHeld();
+    std::size_t const before = Bench::BytesHeld();
     auto const pool = std::make_unique<MemberPool>(ContextManager::GetMainContext());
     pool->AddMemberProperty(new VectorProperty("Position"));
     pool->AddMemberProperty(new VectorProperty("Velocity"));
     pool->AddMemberProperty(new ValueProperty("Count"));
     pool->SetMemberCount(COUNT);
     use(*pool);
-    return static_cast<double>(Support::BytesHeld() - before) / COUNT;
+    return static_cast<double>(Bench::BytesHeld() - before) / COUNT;
 }
 
 void Report() {
     Bench::ReportFigure("bytes per member of 28: only appended and read",
                         BytesPerMember([](MemberPool& pool) { pool.GetAllMembers(); }), 40);
-    Bench::ReportFigure("bytes per member of 28: appended to after reading",
-                        BytesPerMember([](MemberPool& pool) {
+    Bench::ReportFigure("bytes per member of 28: appended to after reading", BytesPerMember([](MemberPool& pool) {
                             pool.GetAllMembers();
                             pool.AddNewMember();
                             pool.GetAllMembers();
                         }),
                         40);
-    Bench::ReportFigure("bytes per member of 28: inserted in the middle",
-                        BytesPerMember([](MemberPool& pool) {
+    Bench::ReportFigure("bytes per member of 28: inserted in the middle", BytesPerMember([](MemberPool& pool) {
                             pool.ActivateMember(COUNT / 2);
                             pool.InsertNewMemberBeforeActiveMember();
                         }),
                         56);
-    Bench::ReportFigure("bytes per member of 28: inserted and removed by value",
-                        BytesPerMember([](MemberPool& pool) {
+    Bench::ReportFigure("bytes per member of 28: inserted and removed by value", BytesPerMember([](MemberPool& pool) {
                             pool.ActivateMember(COUNT / 2);
                             pool.InsertNewMemberBeforeActiveMember();
                             std::mt19937 random(1);

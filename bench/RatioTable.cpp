@@ -66,8 +66,7 @@ char const* Verdict(double value, double limit) {
 
 } // namespace
 
-void CompareTimes(std::string const& label, std::string const& variant, std::string const& baseline,
-                  double limit) {
+void CompareTimes(std::string const& label, std::string const& variant, std::string const& baseline, double limit) {
     Lines().push_back({label, variant, baseline, limit});
 }
 
@@ -84,8 +83,8 @@ int PrintTable(Collector& collector) {
         }
         double const ratio = collector.Median(line.variant) / collector.Median(line.baseline);
         bool const same = collector.results[line.variant] == collector.results[line.baseline];
-        std::printf("%-58s %8.3f %8.3f%s%s\n", line.label.c_str(), ratio, line.limit,
-                    Verdict(ratio, line.limit), same ? "" : "  DIFFERENT RESULT");
+        std::printf("%-58s %8.3f %8.3f%s%s\n", line.label.c_str(), ratio, line.limit, Verdict(ratio, line.limit),
+                    same ? "" : "  DIFFERENT RESULT");
         wrong += same ? 0 : 1;
     }
     if (!Figures().empty()) {

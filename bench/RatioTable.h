@@ -13,8 +13,7 @@ namespace Bench {
 
 /// Asks for a line of the table: the time of one benchmark divided by that of another in the same run, and
 /// what it should be at most. Both must compute the same result (SetResult).
-void CompareTimes(std::string const& label, std::string const& variant, std::string const& baseline,
-                  double limit);
+void CompareTimes(std::string const& label, std::string const& variant, std::string const& baseline, double limit);
 
 /// Adds a line for a number that is no time.
 void ReportFigure(std::string const& label, double figure, double limit);

@@ -133,8 +133,8 @@ void Register() {
     }
     benchmark::RegisterBenchmark("thin-selection", ThinSelection)->Arg(THINNED);
     benchmark::RegisterBenchmark("thin-searching", ThinBySearching)->Arg(THINNED);
-    Bench::CompareTimes("remove 5000 of 10000 by value: selection / searching a vector",
-                        "thin-selection/10000", "thin-searching/10000", 0.05);
+    Bench::CompareTimes("remove 5000 of 10000 by value: selection / searching a vector", "thin-selection/10000",
+                        "thin-searching/10000", 0.05);
 }
 
 [[maybe_unused]] int const registered = (Register(), 0);

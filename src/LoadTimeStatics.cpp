@@ -103,8 +103,7 @@ constinit Util::EventType const& MemberPool::EVENT_CREATED = poolEventCreated.ob
 constinit Util::EventType const& MemberPool::EVENT_DELETED = poolEventDeleted.object;
 constinit Util::EventType const& MemberPool::EVENT_CONSTRUCT = poolEventConstruct.object;
 constinit Util::String const& Property::NO_NAME = noName.object;
-constinit Util::RefCountPtr<MemberSelectionProperty> const& MemberSelectionProperty::NIL =
-    selectionPropertyNil.object;
+constinit Util::RefCountPtr<MemberSelectionProperty> const& MemberSelectionProperty::NIL = selectionPropertyNil.object;
 constinit Util::EventType const& Property::EVENT = propertyEvent.object;
 constinit Util::RefCountPtr<Property> const& Property::NIL = propertyNil.object;
 constinit Util::RefCountPtr<Behaviour> const& Behaviour::NIL = behaviourNil.object;

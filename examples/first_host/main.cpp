@@ -23,9 +23,7 @@ public:
 // The host fills a pool when it hears that the pool is being constructed.
 class Host : public Util::EventListener {
 public:
-    Host() : EventListener("Host") {
-        GlobalEventManager::RegisterListener(this, MemberPool::EVENT_CONSTRUCT);
-    }
+    Host() : EventListener("Host") { GlobalEventManager::RegisterListener(this, MemberPool::EVENT_CONSTRUCT); }
     void HandleEvent(Util::Event const& event) override {
         auto& pool = *static_cast<MemberPool*>(event.subject);
         Util::RefCountPtr<ValueProperty> const speed(new ValueProperty("Speed"));

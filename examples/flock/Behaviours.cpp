@@ -145,8 +145,7 @@ public:
 /// Moves by the velocity, which it limits, and stays inside the box.
 class Fly : public BirdBehaviour {
 public:
-    explicit Fly(char const* newName = "Fly", float newLimit = 4.0f)
-        : BirdBehaviour(newName), limit(newLimit) {
+    explicit Fly(char const* newName = "Fly", float newLimit = 4.0f) : BirdBehaviour(newName), limit(newLimit) {
         FlexibleValue(FIRST_OWN, "TimeElapsed");
         FlexibleValue(FIRST_OWN + 1, "Box");
     }

@@ -36,8 +36,7 @@ bool WritePicture(std::string const& file, MemberPool& birds, MemberPool& leader
     cairo_scale(cairo, SIZE / static_cast<double>(box), SIZE / static_cast<double>(box));
 
     auto const vectors = [](MemberPool& pool, char const* name) {
-        return [&pool,
-                property = dynamic_cast<VectorProperty*>(pool.GetPropertyFromName(name).Get())](int index) {
+        return [&pool, property = dynamic_cast<VectorProperty*>(pool.GetPropertyFromName(name).Get())](int index) {
             return property != nullptr ? property->GetVectorFromMemberSelection(pool, index) : Math::Vec3();
         };
     };
@@ -45,8 +44,7 @@ bool WritePicture(std::string const& file, MemberPool& birds, MemberPool& leader
     auto const velocity = vectors(birds, "Velocity");
     double const length = static_cast<double>(box) / 130;
     for (int i = 0; i < birds.GetNumMembers(); ++i) {
-        double const angle =
-            std::atan2(static_cast<double>(velocity(i).z), static_cast<double>(velocity(i).x));
+        double const angle = std::atan2(static_cast<double>(velocity(i).z), static_cast<double>(velocity(i).x));
         cairo_save(cairo);
         cairo_translate(cairo, static_cast<double>(position(i).x), static_cast<double>(position(i).z));
         cairo_rotate(cairo, angle);

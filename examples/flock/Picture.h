@@ -12,8 +12,8 @@ namespace Flock {
 
 /// Writes a PNG of the box seen from above, the birds as darts along their velocity and coloured by it, the
 /// leaders as discs. False when the file cannot be written.
-[[nodiscard]] bool WritePicture(std::string const& file, Gentra::MemberPool& birds,
-                                Gentra::MemberPool& leaders, float box);
+[[nodiscard]] bool WritePicture(std::string const& file, Gentra::MemberPool& birds, Gentra::MemberPool& leaders,
+                                float box);
 
 } // namespace Flock
 

@@ -51,17 +51,14 @@ std::optional<int> Number(char const* text, int lowest, int highest) {
     int number = 0;
     char const* const end = text + std::strlen(text);
     auto const result = std::from_chars(text, end, number);
-    bool const isGood =
-        result.ec == std::errc() && result.ptr == end && number >= lowest && number <= highest;
+    bool const isGood = result.ec == std::errc() && result.ptr == end && number >= lowest && number <= highest;
     return isGood ? std::optional<int>(number) : std::nullopt;
 }
 
 /// Fills the two pools.
 class Host : public Util::EventListener {
 public:
-    Host() : EventListener("Host") {
-        GlobalEventManager::RegisterListener(this, MemberPool::EVENT_CONSTRUCT);
-    }
+    Host() : EventListener("Host") { GlobalEventManager::RegisterListener(this, MemberPool::EVENT_CONSTRUCT); }
 
     void HandleEvent(Util::Event const& event) override {
         auto& pool = *static_cast<MemberPool*>(event.subject);
@@ -118,8 +115,7 @@ private:
         AddVector(birds, "Wind", {0.8f, 0, 0.3f});
         AddVector(birds, "Home", {0, 0, 0});
         // The leaders are the members of the other pool itself.
-        Util::RefCountPtr<MemberSelectionProperty> const leaderProperty(
-            new MemberSelectionProperty("Leaders"));
+        Util::RefCountPtr<MemberSelectionProperty> const leaderProperty(new MemberSelectionProperty("Leaders"));
         leaderProperty->SetBasePoolID(leaders.GetMemberPoolID());
         birds.AddPoolProperty(leaderProperty);
 
@@ -143,9 +139,8 @@ void PrintMessages() {
 }
 
 void PrintStatistics(char const* name, PerformanceStatistics const& stats) {
-    std::printf("%-10s %8u %12.6f %12.6f %12.6f\n", name, stats.GetSampleCount(),
-                1e3 * stats.GetAvgProcessingTime(), 1e3 * stats.GetMinProcessingTime(),
-                1e3 * stats.GetMaxProcessingTime());
+    std::printf("%-10s %8u %12.6f %12.6f %12.6f\n", name, stats.GetSampleCount(), 1e3 * stats.GetAvgProcessingTime(),
+                1e3 * stats.GetMinProcessingTime(), 1e3 * stats.GetMaxProcessingTime());
 }
 
 int Run(Options const& options) {

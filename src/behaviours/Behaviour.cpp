@@ -243,12 +243,11 @@ bool Behaviour::GetInterfaceDescription(int index, Util::String& outName, Proper
     return true;
 }
 
-bool Behaviour::GetVisibleInterfaceDescription(int visibleIndex, Util::String& outName,
-                                               PropertyOwner& outOwner, PropertyType& outType,
-                                               bool& outIntrinsic) const {
-    Parameter const* const record = RecordAt(
-        visibleInterface, visibleIndex,
-        "Error\\Construction\\Behaviour\\Information for an invalid visible InterfaceLink was requested");
+bool Behaviour::GetVisibleInterfaceDescription(int visibleIndex, Util::String& outName, PropertyOwner& outOwner,
+                                               PropertyType& outType, bool& outIntrinsic) const {
+    Parameter const* const record =
+        RecordAt(visibleInterface, visibleIndex,
+                 "Error\\Construction\\Behaviour\\Information for an invalid visible InterfaceLink was requested");
     return record != nullptr &&
            GetInterfaceDescription(record->GetLinkIndex(), outName, outOwner, outType, outIntrinsic);
 }
@@ -261,9 +260,9 @@ PropertyType Behaviour::GetPropertyTypeFromParameterInterface(int index) const {
 }
 
 PropertyType Behaviour::GetPropertyTypeFromVisibleParameterInterface(int visibleIndex) const {
-    Parameter const* const record = RecordAt(
-        visibleInterface, visibleIndex,
-        "Error\\Construction\\Behaviour\\PropertyType for an invalid visible InterfaceLink was requested");
+    Parameter const* const record =
+        RecordAt(visibleInterface, visibleIndex,
+                 "Error\\Construction\\Behaviour\\PropertyType for an invalid visible InterfaceLink was requested");
     return record != nullptr ? GetPropertyTypeFromParameterInterface(record->GetLinkIndex()) : UNDEFINED;
 }
 

@@ -26,10 +26,9 @@ bool Behaviour::LinkPropertyToInterface(PropertyPtr const& property, int linkInd
     }
     // A cleared interface leaves more links than parameters.
     if (linkIndex < 0 || static_cast<std::size_t>(linkIndex) >= NumLinkedParameters()) {
-        GlobalMessageManager::OutputMessage(
-            "Bug :: Construction :: Parameter \"%s\" could not be linked to Behaviour "
-            "\"%s\", because the LinkPosition is not valid.",
-            property->GetName().c_str(), name.c_str());
+        GlobalMessageManager::OutputMessage("Bug :: Construction :: Parameter \"%s\" could not be linked to Behaviour "
+                                            "\"%s\", because the LinkPosition is not valid.",
+                                            property->GetName().c_str(), name.c_str());
         return false;
     }
     auto const position = static_cast<std::size_t>(linkIndex);
@@ -49,13 +48,11 @@ bool Behaviour::LinkPropertyToVisibleInterface(PropertyPtr const& property, int 
         return false;
     }
     if (visibleIndex < 0 || visibleIndex >= GetNumVisibleInterfaceLinks()) {
-        GlobalMessageManager::OutputMessage(
-            "Error :: Construction :: Property could not be linked to the visible "
-            "Interface of a Behaviour, because the LinkPosition is not valid.");
+        GlobalMessageManager::OutputMessage("Error :: Construction :: Property could not be linked to the visible "
+                                            "Interface of a Behaviour, because the LinkPosition is not valid.");
         return false;
     }
-    return LinkPropertyToInterface(property,
-                                   visibleInterface[static_cast<std::size_t>(visibleIndex)]->GetLinkIndex());
+    return LinkPropertyToInterface(property, visibleInterface[static_cast<std::size_t>(visibleIndex)]->GetLinkIndex());
 }
 
 void Behaviour::LinkIntrinsicPropertiesToInterface(std::vector<PropertyPtr>& properties) {
@@ -64,9 +61,8 @@ void Behaviour::LinkIntrinsicPropertiesToInterface(std::vector<PropertyPtr>& pro
             continue;
         }
         // A unique property may have been renamed, but keeps the link index of its parameter.
-        int const linkIndex = property->IsUniqueIntrinsic()
-                                  ? property->GetLinkIndex()
-                                  : GetLinkIndexFromPropertyName(property->GetName());
+        int const linkIndex = property->IsUniqueIntrinsic() ? property->GetLinkIndex()
+                                                            : GetLinkIndexFromPropertyName(property->GetName());
         LinkPropertyToInterface(property, linkIndex);
     }
 }
@@ -153,9 +149,8 @@ bool Behaviour::PushLinkedParamsToFastParams() {
     for (std::size_t i = 0; i < parameterInterface.size(); ++i) {
         Parameter const& parameter = *parameterInterface[i];
         if (linkedProperties[i] == Property::NIL) {
-            GlobalMessageManager::OutputMessage(
-                "Error :: Compiler :: Behaviour \"%s\" :: Parameter \"%s\" not linked ", name.c_str(),
-                parameter.GetName().c_str());
+            GlobalMessageManager::OutputMessage("Error :: Compiler :: Behaviour \"%s\" :: Parameter \"%s\" not linked ",
+                                                name.c_str(), parameter.GetName().c_str());
             disabled = true;
             break;
         }
@@ -163,10 +158,9 @@ bool Behaviour::PushLinkedParamsToFastParams() {
             disabled = true;
         }
     }
-    GlobalMessageManager::OutputMessage(
-        disabled ? "Error :: Compiler :: Behaviour \"%s\" :: Disabled"
-                 : "Success :: Compiler :: Behaviour \"%s\" :: Linked Successfully!",
-        name.c_str());
+    GlobalMessageManager::OutputMessage(disabled ? "Error :: Compiler :: Behaviour \"%s\" :: Disabled"
+                                                 : "Success :: Compiler :: Behaviour \"%s\" :: Linked Successfully!",
+                                        name.c_str());
     return !disabled;
 }
 
@@ -192,10 +186,9 @@ bool Behaviour::CompileLink(Parameter const& parameter, Property& linked) {
     switch (parameter.GetPropertyOwner()) {
     case POOL:
         if (linkedOwner != POOL && linkedOwner != FLEXIBLE) {
-            GlobalMessageManager::OutputMessage(
-                "Error :: Compiler :: Behaviour \"%s\" :: Member Property linked to "
-                "Constant Parameter \"%s\"",
-                name.c_str(), parameter.GetName().c_str());
+            GlobalMessageManager::OutputMessage("Error :: Compiler :: Behaviour \"%s\" :: Member Property linked to "
+                                                "Constant Parameter \"%s\"",
+                                                name.c_str(), parameter.GetName().c_str());
             return false;
         }
         fast.value = linked.value;
@@ -224,10 +217,9 @@ bool Behaviour::CompileLink(Parameter const& parameter, Property& linked) {
         }
         return true;
     }
-    GlobalMessageManager::OutputMessage(
-        "Error :: Compiler :: Behaviour \"%s\" :: Parameter \"%s\" of the Parameter "
-        "Interface has an invalid ParameterLinkType",
-        name.c_str(), parameter.GetName().c_str());
+    GlobalMessageManager::OutputMessage("Error :: Compiler :: Behaviour \"%s\" :: Parameter \"%s\" of the Parameter "
+                                        "Interface has an invalid ParameterLinkType",
+                                        name.c_str(), parameter.GetName().c_str());
     return false;
 }
 

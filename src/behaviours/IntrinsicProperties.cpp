@@ -131,9 +131,8 @@ PropertyPtr MemberPool::FindSharedProperty(Parameter const& parameter) const {
     case MEMBER:
         return FindMemberProperty(parameter.GetName());
     default:
-        GlobalMessageManager::OutputMessage(
-            "Error: An Intrinsic Parameter of a Behaviour could not be added to the "
-            "MemberPool, because it's type is neither MEMBER nor POOL");
+        GlobalMessageManager::OutputMessage("Error: An Intrinsic Parameter of a Behaviour could not be added to the "
+                                            "MemberPool, because it's type is neither MEMBER nor POOL");
         return Property::NIL;
     }
 }
@@ -144,8 +143,7 @@ PropertyPtr MemberPool::FindSharedProperty(Parameter const& parameter) const {
 /// When the pool keeps an intrinsic property of the same name instead, the result is still the new one: its
 /// behaviour then has a property of its own.
 PropertyPtr MemberPool::AddIntrinsicProperty(Parameter const& parameter) {
-    bool const nameIsTaken =
-        parameter.IsUniqueIntrinsic() && GetPropertyFromName(parameter.GetName()) != Property::NIL;
+    bool const nameIsTaken = parameter.IsUniqueIntrinsic() && GetPropertyFromName(parameter.GetName()) != Property::NIL;
     PropertyPtr const created =
         PropertyFactory::CreateProperty(nameIsTaken ? GetUniqueNameParam(parameter) : parameter);
     if (created == Property::NIL) {
@@ -163,9 +161,8 @@ PropertyPtr MemberPool::AddIntrinsicProperty(Parameter const& parameter) {
         AddMemberProperty(created);
         return created;
     default:
-        GlobalMessageManager::OutputMessage(
-            "Error: An Intrinsic Parameter of a Behaviour could not be added to the "
-            "MemberPool, because it's type is neither MEMBER nor CONSTANT");
+        GlobalMessageManager::OutputMessage("Error: An Intrinsic Parameter of a Behaviour could not be added to the "
+                                            "MemberPool, because it's type is neither MEMBER nor CONSTANT");
         return Property::NIL;
     }
 }

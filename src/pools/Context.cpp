@@ -42,10 +42,9 @@ Context::Context() : listener(std::make_unique<MyListener>(this)), spatialRelati
 }
 
 Context::Context(Context const& other)
-    : poolsByID(other.poolsByID), propertiesByID(other.propertiesByID),
-      reservedPropertyIDs(other.reservedPropertyIDs), waitingPools(other.waitingPools),
-      activeSelections(other.activeSelections), performanceProfiler(other.performanceProfiler),
-      spatialRelations(other.spatialRelations) {}
+    : poolsByID(other.poolsByID), propertiesByID(other.propertiesByID), reservedPropertyIDs(other.reservedPropertyIDs),
+      waitingPools(other.waitingPools), activeSelections(other.activeSelections),
+      performanceProfiler(other.performanceProfiler), spatialRelations(other.spatialRelations) {}
 
 Context::~Context() = default;
 
@@ -162,8 +161,7 @@ void Context::HandleEvents(Util::Event const& event) {
 void Context::HandlePoolCreated(MemberPool& pool) {
     if (GetMemberPoolFromID(pool.GetMemberPoolID()) != nullptr) {
         GlobalMessageManager::OutputMessage(
-            "Bug Report :: Context :: MemberPool \"%s\" tries to use an already existing ID",
-            pool.GetName().c_str());
+            "Bug Report :: Context :: MemberPool \"%s\" tries to use an already existing ID", pool.GetName().c_str());
         return;
     }
     poolsByID.insert_or_assign(pool.GetMemberPoolID(), pool.GetWeakPtr());

@@ -75,23 +75,20 @@ void AppendNames(std::vector<PropertyPtr> const& properties, std::vector<Util::S
 // Construction and identity.
 
 MemberPool::MemberPool(Context& newContext)
-    : MemberSelection(nullptr), context(newContext),
-      memberProperties(std::make_unique<MemberPropertyTable>()),
+    : MemberSelection(nullptr), context(newContext), memberProperties(std::make_unique<MemberPropertyTable>()),
       poolProperties(std::make_unique<PropertyTable>()), identity(NextIdentity()), announced(true) {
     SetBasePool(this);
     GlobalEventManager::Trigger(Util::Event(EVENT_CREATED, 0, 0, this));
 }
 
 MemberPool::MemberPool(MemberPool const& other)
-    : MemberSelection(nullptr), context(other.context),
-      memberProperties(std::make_unique<MemberPropertyTable>()),
-      poolProperties(std::make_unique<PropertyTable>(*other.poolProperties)),
-      activeBehaviours(other.activeBehaviours), passiveBehaviours(other.passiveBehaviours),
-      memberConstructionBehaviours(other.memberConstructionBehaviours),
+    : MemberSelection(nullptr), context(other.context), memberProperties(std::make_unique<MemberPropertyTable>()),
+      poolProperties(std::make_unique<PropertyTable>(*other.poolProperties)), activeBehaviours(other.activeBehaviours),
+      passiveBehaviours(other.passiveBehaviours), memberConstructionBehaviours(other.memberConstructionBehaviours),
       poolConstructionBehaviours(other.poolConstructionBehaviours), compiled(other.compiled),
-      constructionFailed(other.constructionFailed), poolID(other.poolID), name(other.name),
-      lapTimer(other.lapTimer), performanceStats(other.performanceStats),
-      singleMemberUpdateIndex(other.singleMemberUpdateIndex), identity(NextIdentity()), announced(false) {
+      constructionFailed(other.constructionFailed), poolID(other.poolID), name(other.name), lapTimer(other.lapTimer),
+      performanceStats(other.performanceStats), singleMemberUpdateIndex(other.singleMemberUpdateIndex),
+      identity(NextIdentity()), announced(false) {
     memberProperties->CopyLayout(*other.memberProperties);
     SetBasePool(this);
 }
@@ -244,9 +241,8 @@ PropertyPtr MemberPool::FindMemberProperty(Util::String const& propertyName) con
 
 int MemberPool::GetDataOffsetFromPropertyName(Util::String const& propertyName) const {
     std::deque<PropertyPtr> const& properties = memberProperties->Properties().All();
-    auto const found = std::find_if(properties.begin(), properties.end(), [&](PropertyPtr const& property) {
-        return property->GetName() == propertyName;
-    });
+    auto const found = std::find_if(properties.begin(), properties.end(),
+                                    [&](PropertyPtr const& property) { return property->GetName() == propertyName; });
     if (found == properties.end()) {
         return -1;
     }
@@ -275,8 +271,7 @@ void MemberPool::GetAllPropertiesOfCertainType(std::vector<PropertyPtr>& out, Pr
     }
 }
 
-void MemberPool::GetAllPropertiesOfCertainTypeByName(std::vector<Util::String>& out,
-                                                     PropertyType type) const {
+void MemberPool::GetAllPropertiesOfCertainTypeByName(std::vector<Util::String>& out, PropertyType type) const {
     std::vector<PropertyPtr> properties;
     GetAllPropertiesOfCertainType(properties, type);
     out.clear();
@@ -376,14 +371,13 @@ void MemberPool::DeleteMember(Member member) {
         return;
     }
     MemberRecordStorage* const records = memberProperties->Records();
-    MemberRecordStorage::Place const place =
-        records != nullptr ? records->FindInUse(member.record)
-                           : MemberRecordStorage::Place{MemberRecordStorage::NO_BLOCK, 0};
+    MemberRecordStorage::Place const place = records != nullptr
+                                                 ? records->FindInUse(member.record)
+                                                 : MemberRecordStorage::Place{MemberRecordStorage::NO_BLOCK, 0};
     if (place.block == MemberRecordStorage::NO_BLOCK) {
-        GlobalMessageManager::OutputMessageOnce(
-            "Bug Report :: MemberPool :: The Pool \"%s\" was asked to delete a "
-            "Member it does not have",
-            name.c_str());
+        GlobalMessageManager::OutputMessageOnce("Bug Report :: MemberPool :: The Pool \"%s\" was asked to delete a "
+                                                "Member it does not have",
+                                                name.c_str());
         return;
     }
     // From here on deleting it once more, from the host's instance deletion, is refused.
@@ -448,8 +442,8 @@ void MemberPool::ClearPool() {
     }
 
     // Taken out of the lists first: the last reference may run a host's destructor.
-    for (BehaviourList* const list : {&activeBehaviours, &passiveBehaviours, &memberConstructionBehaviours,
-                                      &poolConstructionBehaviours}) {
+    for (BehaviourList* const list :
+         {&activeBehaviours, &passiveBehaviours, &memberConstructionBehaviours, &poolConstructionBehaviours}) {
         BehaviourList const leaving = std::exchange(*list, {});
     }
     memberProperties->Clear(*this);
@@ -471,10 +465,9 @@ void MemberPool::ClearBehaviours(BehaviourList& behaviours) {
 
 void MemberPool::CompileMemberPool() {
     if (constructionFailed) {
-        GlobalMessageManager::OutputMessage(
-            "Error :: MemberPoolCompilation :: due to errors during the construction "
-            "phase the pool \"%s\" will not get compiled",
-            name.c_str());
+        GlobalMessageManager::OutputMessage("Error :: MemberPoolCompilation :: due to errors during the construction "
+                                            "phase the pool \"%s\" will not get compiled",
+                                            name.c_str());
         return;
     }
     unsigned int const clearedBefore = timesCleared;
@@ -496,8 +489,8 @@ void MemberPool::InitPoolProperties() {
 
 std::vector<Util::RefCountPtr<Behaviour>> MemberPool::GetAllBehaviours() const {
     BehaviourList all;
-    for (BehaviourList const* const list : {&activeBehaviours, &passiveBehaviours,
-                                            &memberConstructionBehaviours, &poolConstructionBehaviours}) {
+    for (BehaviourList const* const list :
+         {&activeBehaviours, &passiveBehaviours, &memberConstructionBehaviours, &poolConstructionBehaviours}) {
         all.insert(all.end(), list->begin(), list->end());
     }
     return all;

@@ -161,10 +161,9 @@ bool MemberPool::CheckOwnership(Behaviour const& behaviour, char const* kind) co
     if (behaviour.GetOwnerPool() == this) {
         return true;
     }
-    GlobalMessageManager::OutputMessage(
-        "Error :: PoolProcessing :: The %s \"%s\" can not be used for the Pool \"%s\", "
-        "because he does not own that behaviour",
-        kind, behaviour.GetName().c_str(), name.c_str());
+    GlobalMessageManager::OutputMessage("Error :: PoolProcessing :: The %s \"%s\" can not be used for the Pool \"%s\", "
+                                        "because he does not own that behaviour",
+                                        kind, behaviour.GetName().c_str(), name.c_str());
     return false;
 }
 
@@ -199,8 +198,7 @@ bool MemberPool::Prepare(Behaviour& behaviour, bool updateProperties) {
 /// layout or be linked to members of another pool; then it must not see the members of this one.
 bool MemberPool::LayoutFits(Behaviour const& behaviour) const {
     // Also where the interface was cleared: the fast parameters stay.
-    std::size_t const count =
-        std::min<std::size_t>(behaviour.linkedProperties.size(), Behaviour::MAX_PARAMETERS);
+    std::size_t const count = std::min<std::size_t>(behaviour.linkedProperties.size(), Behaviour::MAX_PARAMETERS);
     for (std::size_t i = 0; i < count; ++i) {
         if (behaviour.fastParams[i].owner != MEMBER) {
             continue;

@@ -29,16 +29,15 @@ bool MemberPropertyTable::HasRoomFor(int size) const noexcept {
 }
 
 void MemberPropertyTable::Add(Util::RefCountPtr<Property> const& property) {
-    Place const place{recordSize, property->GetDataSize(), property->GetPropertyType(),
-                      PlainDefault(*property), property.Get()};
+    Place const place{recordSize, property->GetDataSize(), property->GetPropertyType(), PlainDefault(*property),
+                      property.Get()};
     places.reserve(places.size() + 1);
     placesOnly.reserve(placesOnly.size() + 1);
     if (table.Insert(property)) {
         places.push_back(place);
     } else if (auto const found = std::find(table.All().begin(), table.All().end(), property);
                found != table.All().end()) {
-        placesOnly.push_back(
-            std::exchange(places[static_cast<std::size_t>(found - table.All().begin())], place));
+        placesOnly.push_back(std::exchange(places[static_cast<std::size_t>(found - table.All().begin())], place));
     } else {
         placesOnly.push_back(place);
     }

@@ -8,8 +8,7 @@
 namespace Gentra {
 
 MemberRecordStorage::MemberRecordStorage(std::size_t newRecordSize)
-    : recordSize(newRecordSize),
-      nextBlockSize(std::min(FIRST_BLOCK_SIZE, FIRST_BLOCK_RECORDS * newRecordSize)) {}
+    : recordSize(newRecordSize), nextBlockSize(std::min(FIRST_BLOCK_SIZE, FIRST_BLOCK_RECORDS * newRecordSize)) {}
 
 void MemberRecordStorage::Grow() {
     auto const count = static_cast<std::uint32_t>(std::max<std::size_t>(nextBlockSize / recordSize, 1));
@@ -18,8 +17,8 @@ void MemberRecordStorage::Grow() {
     freeRecords.reserve(freeRecords.size() + count);
     starts.reserve(starts.size() + 1);
     blockAt.reserve(blockAt.size() + 1);
-    blocks.push_back({std::make_unique_for_overwrite<unsigned char[]>(count * recordSize),
-                      std::make_unique<bool[]>(count), count});
+    blocks.push_back(
+        {std::make_unique_for_overwrite<unsigned char[]>(count * recordSize), std::make_unique<bool[]>(count), count});
 
     auto const start = reinterpret_cast<std::uintptr_t>(blocks.back().bytes.get());
     auto const place = std::upper_bound(starts.begin(), starts.end(), start) - starts.begin();

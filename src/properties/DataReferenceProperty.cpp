@@ -11,8 +11,7 @@ namespace Gentra {
 DataReferenceProperty::DataReferenceProperty(InstanceCreationFunctor* newFunctor)
     : DataReferenceProperty("DataReference Property", newFunctor) {}
 
-DataReferenceProperty::DataReferenceProperty(std::string const& newName,
-                                             InstanceCreationFunctor* newFunctor) {
+DataReferenceProperty::DataReferenceProperty(std::string const& newName, InstanceCreationFunctor* newFunctor) {
     Init(newName, newFunctor);
 }
 

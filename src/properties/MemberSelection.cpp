@@ -190,8 +190,7 @@ bool MemberSelection::InsertAtCursor(Member member, bool behind) {
         return true;
     }
     BeginEdits();
-    AddEdited(member,
-              [&](SlotOrder& order) { behind ? order.InsertAfter(cursor) : order.InsertBefore(cursor); });
+    AddEdited(member, [&](SlotOrder& order) { behind ? order.InsertAfter(cursor) : order.InsertBefore(cursor); });
     return true;
 }
 
@@ -228,8 +227,7 @@ void MemberSelection::ReportForeignPool(MemberPool& pool) const {
     GlobalMessageManager::OutputMessageOnce("Error : Can't add Member to MemberSelection. The Members "
                                             "BasePool is \"%s\" while the MemberSelections "
                                             "BasePool is \"%s\"",
-                                            pool.GetName().c_str(),
-                                            own != nullptr ? own->GetName().c_str() : "NULL");
+                                            pool.GetName().c_str(), own != nullptr ? own->GetName().c_str() : "NULL");
 }
 
 // Removing.

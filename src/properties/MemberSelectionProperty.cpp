@@ -140,8 +140,7 @@ MemberSelection* MemberSelectionProperty::GetMemberSelection(MemberSelection& se
     return datum != nullptr ? Datum::Read<MemberSelection*>(datum) : nullptr;
 }
 
-void MemberSelectionProperty::SetMemberSelection(MemberSelection* newSelection, MemberSelection& selection,
-                                                 int index) {
+void MemberSelectionProperty::SetMemberSelection(MemberSelection* newSelection, MemberSelection& selection, int index) {
     instances->Share(newSelection);
     SetDataToMemberSelection(&newSelection, selection, index);
 }

@@ -7,8 +7,8 @@
 
 namespace Gentra {
 
-Parameter::Parameter(PropertyOwner newOwner, PropertyType newType, Util::String const& newName,
-                     Scope newScope, void* newDefault)
+Parameter::Parameter(PropertyOwner newOwner, PropertyType newType, Util::String const& newName, Scope newScope,
+                     void* newDefault)
     : name(newName), type(newType), scope(newScope) {
     owner = newOwner;
     if (newDefault == nullptr) {
@@ -47,8 +47,7 @@ void Parameter::MakeBehaviourParameter(Util::String const& newName) {
     owner = POOL;
 }
 
-void Parameter::MakePropertyCreationParameter(PropertyType newType, Util::String const& newName,
-                                              bool intrinsic) {
+void Parameter::MakePropertyCreationParameter(PropertyType newType, Util::String const& newName, bool intrinsic) {
     type = newType;
     name = newName;
     scope = intrinsic ? SHARED_INTRINSIC : VISIBLE;

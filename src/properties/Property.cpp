@@ -24,8 +24,7 @@ Property::Property(Util::String const& newName) {
     property = this;
 }
 
-Property::Property(Property const& other)
-    : Parameter(other), ownerPool(other.ownerPool), propertyID(other.propertyID) {
+Property::Property(Property const& other) : Parameter(other), ownerPool(other.ownerPool), propertyID(other.propertyID) {
     property = this;
 }
 

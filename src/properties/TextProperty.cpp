@@ -20,8 +20,7 @@ TextProperty::TextProperty(std::string const& newName)
 }
 
 TextProperty::TextProperty(TextProperty const& other)
-    : Property(other), poolText(std::make_unique<Text>()),
-      instances(std::make_unique<InstanceStore<Text>>()) {
+    : Property(other), poolText(std::make_unique<Text>()), instances(std::make_unique<InstanceStore<Text>>()) {
     *this = other;
 }
 
@@ -47,8 +46,7 @@ void TextProperty::SetDataToMemberSelection(void* data, MemberSelection& selecti
     if (owner != MEMBER) {
         SetPoolData(data);
     } else if (data != nullptr) {
-        SetStringToPropertyData(GetDataFromMemberSelection(selection, index),
-                                Datum::Read<unsigned short const*>(data));
+        SetStringToPropertyData(GetDataFromMemberSelection(selection, index), Datum::Read<unsigned short const*>(data));
     }
 }
 

@@ -24,9 +24,7 @@ EventListener::~EventListener() {
 }
 
 bool EventListener::ForgetRegistration(EventManager* manager, EventType const& type) {
-    auto const isEqual = [&](Registration const& record) {
-        return record.manager == manager && record.type == type;
-    };
+    auto const isEqual = [&](Registration const& record) { return record.manager == manager && record.type == type; };
     if (!registrations.empty() && isEqual(registrations.back())) {
         registrations.pop_back();
         return true;

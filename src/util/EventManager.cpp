@@ -148,8 +148,7 @@ void EventManager::EraseFrom(ListenerList& list, EventListener const* listener) 
         return;
     }
     auto const delivered = static_cast<std::size_t>(dispatchNext - list.data());
-    auto const erasedBefore =
-        static_cast<std::size_t>(std::count(list.data(), list.data() + delivered, listener));
+    auto const erasedBefore = static_cast<std::size_t>(std::count(list.data(), list.data() + delivered, listener));
     std::erase(list, listener);
     SetCursor(delivered - erasedBefore);
 }

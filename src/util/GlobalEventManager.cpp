@@ -16,13 +16,11 @@ Util::EventManager& GlobalEventManager::GlobalManager() {
     return *globalManager;
 }
 
-Util::EventType* GlobalEventManager::RegisterListener(Util::EventListener* listener,
-                                                      Util::EventType const& type) {
+Util::EventType* GlobalEventManager::RegisterListener(Util::EventListener* listener, Util::EventType const& type) {
     return GlobalManager().RegisterListener(listener, type);
 }
 
-Util::EventType* GlobalEventManager::RegisterListener(Util::EventListener* listener,
-                                                      Util::String const& name) {
+Util::EventType* GlobalEventManager::RegisterListener(Util::EventListener* listener, Util::String const& name) {
     return GlobalManager().RegisterListener(listener, Util::EventType(name));
 }
 

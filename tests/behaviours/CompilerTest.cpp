@@ -6,6 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
+
 namespace {
 
 using namespace Gentra;
@@ -32,9 +35,7 @@ protected:
         log.Take();
     }
     PropertyPtr Of(PropertyOwner owner) const {
-        return owner == MEMBER ? PropertyPtr(ofMembers)
-               : owner == POOL ? PropertyPtr(ofPool)
-                               : PropertyPtr(free);
+        return owner == MEMBER ? PropertyPtr(ofMembers) : owner == POOL ? PropertyPtr(ofPool) : PropertyPtr(free);
     }
 
     Support::MessageLog log;
@@ -55,18 +56,16 @@ TEST_F(Compiling, RefusesWrongLinks) {
     EXPECT_FALSE(behaviour.LinkPropertyToVisibleInterface(Property::NIL, 0));
     EXPECT_FALSE(behaviour.LinkPropertyToVisibleInterface(PropertyPtr(nullptr), 0));
     EXPECT_FALSE(behaviour.LinkPropertyToVisibleInterface(free, 1));
-    EXPECT_TRUE(behaviour.linkedProperties[0] == Property::NIL &&
-                behaviour.linkedProperties[1] == Property::NIL);
+    EXPECT_TRUE(behaviour.linkedProperties[0] == Property::NIL && behaviour.linkedProperties[1] == Property::NIL);
     std::string const position =
         "Bug :: Construction :: Parameter \"f\" could not be linked to Behaviour \"B\", because the "
         "LinkPosition is not valid.";
-    EXPECT_EQ(
-        log.Take(),
-        (Messages{"Error :: Construction :: Parameter \"f\" could not be linked to Behaviour \"B\", because "
-                  "the PropertyType did not match the interface.",
-                  position, position,
-                  "Error :: Construction :: Property could not be linked to the visible Interface of a "
-                  "Behaviour, because the LinkPosition is not valid."}));
+    EXPECT_EQ(log.Take(),
+              (Messages{"Error :: Construction :: Parameter \"f\" could not be linked to Behaviour \"B\", because "
+                        "the PropertyType did not match the interface.",
+                        position, position,
+                        "Error :: Construction :: Property could not be linked to the visible Interface of a "
+                        "Behaviour, because the LinkPosition is not valid."}));
     EXPECT_TRUE(behaviour.LinkPropertyToVisibleInterface(free, 0));
     EXPECT_EQ(free.GetCount(), 2);
     behaviour.ClearBehaviour();
@@ -77,8 +76,7 @@ TEST_F(Compiling, AcceptsLinksByOwner) {
     std::string const form = "Error :: Compiler :: Behaviour \"B\" :: ";
     std::string const constant = form + "Member Property linked to Constant Parameter \"e\"";
     std::string const member = form + "Non-Member Property linked to Member Parameter \"e\"";
-    std::string const invalid =
-        form + "Parameter \"e\" of the Parameter Interface has an invalid ParameterLinkType";
+    std::string const invalid = form + "Parameter \"e\" of the Parameter Interface has an invalid ParameterLinkType";
     auto const broken = static_cast<PropertyOwner>(9);
     struct Row {
         PropertyOwner entry;
@@ -87,20 +85,19 @@ TEST_F(Compiling, AcceptsLinksByOwner) {
         int offset;
         float value;
     };
-    for (Row const& row : {Row{POOL, POOL, "", -1, 2}, Row{POOL, FLEXIBLE, "", -1, 3},
-                           Row{POOL, MEMBER, constant, -1, 0}, Row{MEMBER, MEMBER, "", 12, 0},
-                           Row{MEMBER, POOL, member, -1, 0}, Row{MEMBER, FLEXIBLE, member, -1, 0},
-                           Row{FLEXIBLE, MEMBER, "", 12, 1}, Row{FLEXIBLE, POOL, "", -1, 2},
-                           Row{FLEXIBLE, FLEXIBLE, "", -1, 3}, Row{broken, POOL, invalid, -1, 0}}) {
+    for (Row const& row :
+         {Row{POOL, POOL, "", -1, 2}, Row{POOL, FLEXIBLE, "", -1, 3}, Row{POOL, MEMBER, constant, -1, 0},
+          Row{MEMBER, MEMBER, "", 12, 0}, Row{MEMBER, POOL, member, -1, 0}, Row{MEMBER, FLEXIBLE, member, -1, 0},
+          Row{FLEXIBLE, MEMBER, "", 12, 1}, Row{FLEXIBLE, POOL, "", -1, 2}, Row{FLEXIBLE, FLEXIBLE, "", -1, 3},
+          Row{broken, POOL, invalid, -1, 0}}) {
         TestBehaviour fresh("B");
         Declare(fresh, row.entry, VALUE, "e");
         ASSERT_TRUE(fresh.LinkPropertyToVisibleInterface(Of(row.property), 0));
         bool const expected = row.error.empty();
         EXPECT_EQ(fresh.PushLinkedParamsToFastParams(), expected);
         EXPECT_EQ(fresh.ReadyToUse(), expected);
-        Messages const messages =
-            expected ? Messages{"Success :: Compiler :: Behaviour \"B\" :: Linked Successfully!"}
-                     : Messages{row.error, form + "Disabled"};
+        Messages const messages = expected ? Messages{"Success :: Compiler :: Behaviour \"B\" :: Linked Successfully!"}
+                                           : Messages{row.error, form + "Disabled"};
         EXPECT_EQ(log.Take(), messages);
         Basic_Parameter const& fast = fresh.fastParams[0];
         EXPECT_EQ(fast.dataOffset, row.offset);
@@ -123,8 +120,8 @@ TEST_F(Compiling, ReportsEachEntryUpToTheFirstUnlinkedOne) {
     behaviour.linkedProperties[1] = ofPool;
     behaviour.linkedProperties[3] = before;
     EXPECT_FALSE(behaviour.PushLinkedParamsToFastParams());
-    EXPECT_EQ(log.Take(), (Messages{form + "PropertyType Mismatch",
-                                    form + "Parameter \"unlinked\" not linked ", form + "Disabled"}));
+    EXPECT_EQ(log.Take(), (Messages{form + "PropertyType Mismatch", form + "Parameter \"unlinked\" not linked ",
+                                    form + "Disabled"}));
     EXPECT_EQ(behaviour.fastParams[1].value, 2.0f) << "entries that passed keep what they were given";
     EXPECT_FALSE(behaviour.ReadyToUse());
     behaviour.linkedProperties[0] = behaviour.linkedProperties[2] = behaviour.linkedProperties[3] = ofPool;
@@ -236,10 +233,8 @@ TEST_F(Compiling, GivesSelectionsAndUserDataByKind) {
     pool.InitializeMemberPool();
     int userData = 0;
     void* pointer = &userData;
-    RefCountPtr<MemberSelectionProperty> const selections[] = {
-        RefCountPtr<MemberSelectionProperty>(), {}, {}};
-    PropertyPtr const references[] = {new DataReferenceProperty, new DataReferenceProperty,
-                                      new DataReferenceProperty};
+    RefCountPtr<MemberSelectionProperty> const selections[] = {RefCountPtr<MemberSelectionProperty>(), {}, {}};
+    PropertyPtr const references[] = {new DataReferenceProperty, new DataReferenceProperty, new DataReferenceProperty};
     for (PropertyPtr const& reference : references) {
         reference->SetPoolData(&pointer);
     }
@@ -350,6 +345,7 @@ TEST(Execution, VisitsEveryMemberOfALargePopulationOnce) {
     for (unsigned char& record : records) {
         members.emplace_back(&record);
     }
+    std::shuffle(members.begin(), members.end(), std::mt19937(1)); // scattered, so that the walk fetches ahead
     class Counting : public Behaviour {
     public:
         bool TriggerLiveBehaviour() override {

@@ -22,29 +22,19 @@ std::vector<std::string> NamesOf(std::vector<Parameter*> const& records) {
 
 using Names = std::vector<std::string>;
 
-TEST(NewBehaviours, HaveNothing) {
+TEST(NewBehaviours, AreNotReadyAndSortByTheirKey) {
     TestBehaviour behaviour("");
-    EXPECT_EQ(behaviour.GetNumInterfaceLinks(), 0);
-    EXPECT_EQ(behaviour.GetNumVisibleInterfaceLinks(), 0);
-    EXPECT_FALSE(behaviour.ReadyToUse());
-    EXPECT_EQ(behaviour.GetName(), "");
-    EXPECT_EQ(behaviour.GetOwnerPool(), nullptr);
-    EXPECT_FALSE(behaviour.GetDebugRenderEnabled());
+    EXPECT_FALSE(behaviour.ReadyToUse() || behaviour.GetDebugRenderEnabled());
     behaviour.SetDebugRenderEnabled(true);
     EXPECT_TRUE(behaviour.GetDebugRenderEnabled());
     EXPECT_EQ(Behaviour::GetDebugRenderScale(), 1.0f);
-    Behaviour::SetDebugRenderScale(2.0f);
-    EXPECT_EQ(Behaviour::GetDebugRenderScale(), 2.0f);
     Behaviour::SetDebugRenderScale(1.0f);
     EXPECT_EQ(behaviour.GetFastParams()[15].dataOffset, -1);
-    EXPECT_EQ(Behaviour::NULLPOS.y, 0.0f);
-    EXPECT_EQ(Behaviour::NIL->GetName(), "");
-    EXPECT_FALSE(Behaviour::NIL->TriggerLiveBehaviour());
-    EXPECT_FALSE(TestBehaviour::BehaviourLess(&behaviour, &behaviour));
+    EXPECT_FALSE(Behaviour::NIL->ReadyToUse() || Behaviour::NIL->TriggerLiveBehaviour());
     TestBehaviour later;
     later.orderKey = 1.0f;
     EXPECT_TRUE(TestBehaviour::BehaviourLess(&behaviour, &later));
-    EXPECT_FALSE(TestBehaviour::BehaviourLess(&later, &behaviour));
+    EXPECT_FALSE(TestBehaviour::BehaviourLess(&later, &behaviour) || TestBehaviour::BehaviourLess(&later, &later));
 }
 
 TEST(NewBehaviours, AnnounceThemselvesOnRequest) {
@@ -71,23 +61,20 @@ TEST(Declarations, GiveOwnerTypeScopeAndDefault) {
         float x;
     };
     for (Row const& row : {
-             Row{[](Behaviour& b) { b.MemberValue(7, "p", SHARED_INTRINSIC, 2.5f); }, MEMBER, VALUE,
-                 SHARED_INTRINSIC, 2.5f, 0},
-             Row{[](Behaviour& b) { b.PoolValue(7, "p", UNIQUE_INTRINSIC); }, POOL, VALUE, UNIQUE_INTRINSIC,
-                 0, 0},
+             Row{[](Behaviour& b) { b.MemberValue(7, "p", SHARED_INTRINSIC, 2.5f); }, MEMBER, VALUE, SHARED_INTRINSIC,
+                 2.5f, 0},
+             Row{[](Behaviour& b) { b.PoolValue(7, "p", UNIQUE_INTRINSIC); }, POOL, VALUE, UNIQUE_INTRINSIC, 0, 0},
              Row{[](Behaviour& b) { b.FlexibleValue(7, "p"); }, FLEXIBLE, VALUE, VISIBLE, 0, 0},
              Row{[](Behaviour& b) {
                      b.MemberVec3(7, "p", VISIBLE, {4, 5, 6});
                  },
                  MEMBER, VECTOR, VISIBLE, 0, 4},
              Row{[](Behaviour& b) { b.FlexibleVec3(7, "p"); }, FLEXIBLE, VECTOR, VISIBLE, 0, 0},
-             Row{[](Behaviour& b) { b.FlexibleMemberSelection(7, "p"); }, FLEXIBLE, MEMBERSELECTION, VISIBLE,
-                 0, 0},
-             Row{[](Behaviour& b) { b.MemberMemberSelection(7, "p", SHARED_INTRINSIC); }, MEMBER,
-                 MEMBERSELECTION, SHARED_INTRINSIC, 0, 0},
+             Row{[](Behaviour& b) { b.FlexibleMemberSelection(7, "p"); }, FLEXIBLE, MEMBERSELECTION, VISIBLE, 0, 0},
+             Row{[](Behaviour& b) { b.MemberMemberSelection(7, "p", SHARED_INTRINSIC); }, MEMBER, MEMBERSELECTION,
+                 SHARED_INTRINSIC, 0, 0},
              Row{[](Behaviour& b) { b.FlexibleUserData(7, "p"); }, FLEXIBLE, DATAREFERENCE, VISIBLE, 0, 0},
-             Row{[](Behaviour& b) { b.FlexibleBehaviourTrigger(7, "p"); }, FLEXIBLE, BEHAVIOUR, VISIBLE, 0,
-                 0},
+             Row{[](Behaviour& b) { b.FlexibleBehaviourTrigger(7, "p"); }, FLEXIBLE, BEHAVIOUR, VISIBLE, 0, 0},
          }) {
         TestBehaviour behaviour;
         row.declare(behaviour);
@@ -150,10 +137,9 @@ TEST_F(Interfaces, ReportPositionsOutOfRange) {
     std::string const form = "Error\\Construction\\Behaviour\\";
     std::string const description = form + "Information for an invalid InterfaceLink was requested";
     std::string const typeOf = form + "PropertyType for an invalid InterfaceLink was requested";
-    EXPECT_EQ(log.Take(),
-              (Messages{description, typeOf, description, typeOf,
-                        form + "Information for an invalid visible InterfaceLink was requested",
-                        form + "PropertyType for an invalid visible InterfaceLink was requested"}));
+    EXPECT_EQ(log.Take(), (Messages{description, typeOf, description, typeOf,
+                                    form + "Information for an invalid visible InterfaceLink was requested",
+                                    form + "PropertyType for an invalid visible InterfaceLink was requested"}));
 }
 
 TEST_F(Interfaces, GrowAtTheFront) {
@@ -178,8 +164,7 @@ TEST_F(Interfaces, TakeSixteenParametersAtMost) {
     Parameter const front(POOL, VALUE, "front", VISIBLE, nullptr);
     behaviour.AddParameterToInterfaceFront(&front);
     std::string const form = "Error\\Construction\\Behaviour\\Parameter \"";
-    std::string const reason =
-        "\" could not be added, because a Behaviour can not have more than 16 Parameters";
+    std::string const reason = "\" could not be added, because a Behaviour can not have more than 16 Parameters";
     EXPECT_EQ(log.Take(), (Messages{form + "seventeenth" + reason, form + "front" + reason}));
     EXPECT_EQ(behaviour.GetNumInterfaceLinks(), 16);
     EXPECT_EQ(behaviour.linkedProperties.size(), 16u);
@@ -195,12 +180,11 @@ TEST_F(Interfaces, LeaveTheLinksWhenTheyAreCleared) {
     EXPECT_FALSE(behaviour.LinkPropertyToInterface(value, 2));
     behaviour.UpdateProperties();
     EXPECT_FALSE(behaviour.PushLinkedParamsToFastParams());
-    EXPECT_EQ(
-        log.Take(),
-        (Messages{"Bug :: Construction :: Parameter \"v\" could not be linked to Behaviour \"Behaviour\", "
-                  "because the LinkPosition is not valid.",
-                  "Error :: Compiler :: Program Bug! number of link parameters does not match the number "
-                  "of interface links"}));
+    EXPECT_EQ(log.Take(),
+              (Messages{"Bug :: Construction :: Parameter \"v\" could not be linked to Behaviour \"Behaviour\", "
+                        "because the LinkPosition is not valid.",
+                        "Error :: Compiler :: Program Bug! number of link parameters does not match the number "
+                        "of interface links"}));
 }
 
 TEST_F(Interfaces, AreCopiedWithRecordsOfTheirOwn) {

@@ -22,8 +22,7 @@ TestPtr New(char const* name = "B") {
     return TestPtr(new TestBehaviour(name));
 }
 
-void Declare(TestBehaviour& behaviour, PropertyOwner owner, PropertyType type, char const* name,
-             Scope scope) {
+void Declare(TestBehaviour& behaviour, PropertyOwner owner, PropertyType type, char const* name, Scope scope) {
     Parameter const parameter(owner, type, name, scope, nullptr);
     behaviour.AddParameterToInterface(&parameter);
 }
@@ -41,8 +40,7 @@ TEST_F(Linking, RefusesABehaviourThatAPoolOwns) {
     other.LinkActiveBehaviour(behaviour);
     pool.LinkPassiveBehaviour(behaviour);
     std::string const form = "Error :: PoolConstruction :: The Pool \"";
-    std::string const rest =
-        "\" cannot use the Behaviour \"B\", because it's already linked to the Pool \"A\"";
+    std::string const rest = "\" cannot use the Behaviour \"B\", because it's already linked to the Pool \"A\"";
     EXPECT_EQ(log.Take(), (Messages{form + "Z" + rest, form + "A" + rest}));
     EXPECT_EQ(pool.GetAllBehaviours().size(), 1u);
     EXPECT_TRUE(other.GetAllBehaviours().empty());
@@ -142,12 +140,11 @@ TEST_F(Linking, FailsConstructionWhenTheHostTookTheName) {
     behaviour->MemberValue(0, "last", SHARED_INTRINSIC, 0);
     pool.LinkActiveBehaviour(behaviour);
     pool.CompileMemberPool();
-    EXPECT_EQ(
-        log.Take(),
-        (Messages{"Error: A Property called 'reserved' is already internally used by a behaviour, please use "
-                  "a different name for this Property",
-                  "Error :: MemberPoolCompilation :: due to errors during the construction phase the pool "
-                  "\"A\" will not get compiled"}));
+    EXPECT_EQ(log.Take(),
+              (Messages{"Error: A Property called 'reserved' is already internally used by a behaviour, please use "
+                        "a different name for this Property",
+                        "Error :: MemberPoolCompilation :: due to errors during the construction phase the pool "
+                        "\"A\" will not get compiled"}));
     EXPECT_EQ(Names(pool.GetAllProperties()), (Strings{"reserved", "first"}));
     EXPECT_TRUE(behaviour->linkedProperties[2] == Property::NIL);
     pool.InitializeMemberPool();
@@ -165,9 +162,8 @@ TEST_F(Linking, ReportsWhatItCannotMake) {
     std::string const form =
         "Error: An Intrinsic Parameter of a Behaviour could not be added to the MemberPool, because it's "
         "type is neither MEMBER nor ";
-    EXPECT_EQ(log.Take(),
-              (Messages{form + "POOL", form + "CONSTANT", form + "CONSTANT",
-                        "Error: PropertyFactory could not build the intrinsic property for a behaviour"}));
+    EXPECT_EQ(log.Take(), (Messages{form + "POOL", form + "CONSTANT", form + "CONSTANT",
+                                    "Error: PropertyFactory could not build the intrinsic property for a behaviour"}));
     EXPECT_TRUE(pool.GetAllProperties().empty());
     pool.CompileMemberPool();
     EXPECT_FALSE(behaviour->ReadyToUse());

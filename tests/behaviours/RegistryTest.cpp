@@ -35,10 +35,8 @@ TEST(Registry, ListsFactoriesByNameAndMakesBehaviours) {
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(ContextManager::GetNewBehaviourFromIndex(i)->GetName(), byIndex[i]);
     }
-    EXPECT_EQ(ContextManager::GetNewBehaviourFromName("Avoid")->GetName(), "avoiding")
-        << "the first registration wins";
-    EXPECT_FALSE(ContextManager::GetNewBehaviourFromName("Avoid") ==
-                 ContextManager::GetNewBehaviourFromName("Avoid"));
+    EXPECT_EQ(ContextManager::GetNewBehaviourFromName("Avoid")->GetName(), "avoiding") << "the first registration wins";
+    EXPECT_FALSE(ContextManager::GetNewBehaviourFromName("Avoid") == ContextManager::GetNewBehaviourFromName("Avoid"));
     for (Util::RefCountPtr<Behaviour> const& none :
          {ContextManager::GetNewBehaviourFromIndex(-1), ContextManager::GetNewBehaviourFromIndex(3),
           ContextManager::GetNewBehaviourFromName("avoid")}) {

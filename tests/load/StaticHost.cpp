@@ -52,10 +52,8 @@ struct Listener : Util::EventListener {
 struct StaticPool : MemberPool {
     StaticPool() : MemberPool(ContextManager::GetMainContext()) {
         SetName("Static");
-        Require(earlyContext.GetMemberPoolFromName("Static") == this,
-                "a static context hears of a static pool");
-        Require(GetPropertyFromName("none") == Property::NIL && Property::NIL->GetName() == "NULL",
-                "NIL is there");
+        Require(earlyContext.GetMemberPoolFromName("Static") == this, "a static context hears of a static pool");
+        Require(GetPropertyFromName("none") == Property::NIL && Property::NIL->GetName() == "NULL", "NIL is there");
         Require(GetBehaviourByName("none") == Behaviour::NIL, "the behaviours' NIL is there");
     }
     ~StaticPool() { Require(Property::NIL->GetName() == "NULL", "NIL is still there"); }

@@ -19,9 +19,8 @@ using Support::Pool;
 using Support::PropertyPtr;
 
 Messages BuildMessages(std::string const& name) {
-    return {"Build \"" + name + "\" Started...", "Initializing \"" + name + "\"",
-            "Constructing \"" + name + "\"", "Compiling \"" + name + "\"",
-            "Building \"" + name + "\" completed"};
+    return {"Build \"" + name + "\" Started...", "Initializing \"" + name + "\"", "Constructing \"" + name + "\"",
+            "Compiling \"" + name + "\"", "Building \"" + name + "\" completed"};
 }
 
 Messages operator+(Messages first, Messages const& second) {
@@ -71,15 +70,13 @@ TEST(Contexts, ReportClashingAndUnknownIds) {
     trigger(ofPool, 2, &property);
     trigger(MemberPool::EVENT_DELETED, 0, &pool);
     trigger(MemberPool::EVENT_DELETED, 0, &pool);
-    EXPECT_EQ(
-        log.Take(),
-        (Messages{
-            "Bug Report :: Context :: MemberPool \"Pool\" tries to use an already existing ID",
-            "Bug Report :: Context :: Property \"p\" can't be registered, as it's ID is already registered",
-            "Bug Report :: Context :: Property \"p\" can't get unregistered, it's ID is unknown to the "
-            "Context. why?",
-            "Bug Report :: Context :: MemberPool \"Pool\" got deleted, but it's ID is unknown to the "
-            "Context. why?"}));
+    EXPECT_EQ(log.Take(),
+              (Messages{"Bug Report :: Context :: MemberPool \"Pool\" tries to use an already existing ID",
+                        "Bug Report :: Context :: Property \"p\" can't be registered, as it's ID is already registered",
+                        "Bug Report :: Context :: Property \"p\" can't get unregistered, it's ID is unknown to the "
+                        "Context. why?",
+                        "Bug Report :: Context :: MemberPool \"Pool\" got deleted, but it's ID is unknown to the "
+                        "Context. why?"}));
     trigger(MemberPool::EVENT_CREATED, 0, nullptr);
     trigger(MemberPool::EVENT_DELETED, 0, nullptr);
     trigger(ofPool, 0, nullptr);

@@ -104,8 +104,7 @@ TEST_F(Processing, WritesTheTimeSinceTheLastFrame) {
         std::int64_t wait;
         float expected;
     };
-    for (Row const& row :
-         {Row{100, 0.5f}, Row{16, 0.016f}, Row{2500, 1.0f}, Row{999, 0.999f}, Row{0, 0.0f}}) {
+    for (Row const& row : {Row{100, 0.5f}, Row{16, 0.016f}, Row{2500, 1.0f}, Row{999, 0.999f}, Row{0, 0.0f}}) {
         counter.now += row.wait;
         timed.ProcessMemberPool();
         EXPECT_FLOAT_EQ(Datum::Read<float>(elapsed->GetData()), row.expected);
@@ -170,14 +169,13 @@ TEST_F(Processing, RunsOneBehaviourOnDemand) {
     std::string const passive =
         "Error :: PoolProcessing :: The PassiveBehaviour \"B\" can not be used for the Pool \"Other\", "
         "because he does not own that behaviour";
-    EXPECT_EQ(
-        log.Take(),
-        (Messages{passive, passive,
-                  "Error :: PoolProcessing :: The Behaviour \"B\" can not be used for the Pool \"Other\", "
-                  "because he does not own that behaviour",
-                  "Error :: PoolProcessing :: The Behaviour \"B\" can not be used. The Behaviour belongs to "
-                  "the Pool \"Pool\", but the MemberSelection it should be applied on does not use that "
-                  "BasePool"}));
+    EXPECT_EQ(log.Take(),
+              (Messages{passive, passive,
+                        "Error :: PoolProcessing :: The Behaviour \"B\" can not be used for the Pool \"Other\", "
+                        "because he does not own that behaviour",
+                        "Error :: PoolProcessing :: The Behaviour \"B\" can not be used. The Behaviour belongs to "
+                        "the Pool \"Pool\", but the MemberSelection it should be applied on does not use that "
+                        "BasePool"}));
     EXPECT_TRUE(behaviour->TakeCalls().empty());
     Util::RefCountPtr<Behaviour> const none(nullptr);
     pool.ApplyPassiveBehaviour(none);
@@ -197,8 +195,7 @@ TEST_F(Processing, TriggersABehaviourThroughAProperty) {
     pool.LinkPassiveBehaviour(live);
     Compile();
     trigger.TriggerBehaviour();
-    EXPECT_EQ(live->TakeCalls(),
-              (Calls{"trigger", "check", "trigger", "trigger", "trigger", "trigger", "trigger"}));
+    EXPECT_EQ(live->TakeCalls(), (Calls{"trigger", "check", "trigger", "trigger", "trigger", "trigger", "trigger"}));
     EXPECT_FALSE(pool.IsActiveMemberValid());
     pool.ActivateMember(1);
     trigger.TriggerBehaviour();
@@ -353,10 +350,9 @@ TEST_F(Processing, KeepsBehavioursAwayFromMembersThatTheyDoNotFit) {
     pool.ProcessMemberPool();
     pool.AddNewMember();
     EXPECT_EQ(astray->TakeCalls(), (Calls{"check", "check"}));
-    EXPECT_EQ(
-        log.Take(),
-        Messages{"Error :: PoolProcessing :: The Behaviour \"Astray\" can not be used for the Pool \"Pool\", "
-                 "because its Member Properties do not fit the Members"});
+    EXPECT_EQ(log.Take(),
+              Messages{"Error :: PoolProcessing :: The Behaviour \"Astray\" can not be used for the Pool \"Pool\", "
+                       "because its Member Properties do not fit the Members"});
 
     // Ready from an earlier layout, and linked again without a compile.
     pool.InitializeMemberPool();

@@ -84,29 +84,20 @@ TEST(Layouts, LayMemberPropertiesEndToEndInOrderOfAddition) {
     EXPECT_TRUE(names.empty());
 
     PropertyPtr const v2 = pool.GetPropertyFromName("v2");
-    EXPECT_TRUE(v2->GetPropertyID() ==
-                (static_cast<int>(Util::String("v2").Hash()) ^ pool.GetMemberPoolID()));
+    EXPECT_TRUE(v2->GetPropertyID() == (static_cast<int>(Util::String("v2").Hash()) ^ pool.GetMemberPoolID()));
     EXPECT_TRUE(pool.GetPropertyByID(v2->GetPropertyID()) == v2);
     EXPECT_TRUE(MainContext().GetPropertyByID(v2->GetPropertyID()) == v2);
     EXPECT_EQ(v2->GetPropertyOwner(), MEMBER);
     EXPECT_EQ(v2->GetOwnerPool(), &pool);
     EXPECT_TRUE(pool.GetPropertyFromName("none") == Property::NIL);
+    pool.AddPoolProperty(Support::Value("w"));
+    EXPECT_EQ(pool.GetPropertyFromName("w")->GetPropertyOwner(), POOL) << "pool properties come first";
     EXPECT_TRUE(pool.GetBehaviourByName("none") == Behaviour::NIL);
 
     Parameter unmakable;
     unmakable.MakeBehaviourParameter("b");
     pool.CreatePoolPropertyFromParameter(unmakable, 5);
-    EXPECT_EQ(pool.GetAllProperties().size(), 4u);
-}
-
-TEST(Layouts, FindAPoolPropertyBeforeAMemberPropertyOfItsName) {
-    Support::Pool pool;
-    auto const ofMembers = Support::Value("same");
-    auto const ofPool = Support::Value("same");
-    pool.AddMemberProperty(ofMembers);
-    pool.AddPoolProperty(ofPool);
-    EXPECT_TRUE(pool.GetPropertyFromName("same") == ofPool);
-    EXPECT_EQ(ofPool->GetPropertyOwner(), POOL);
+    EXPECT_EQ(pool.GetAllProperties().size(), 5u);
 }
 
 TEST(Layouts, KeepTheFirstOfTwoPropertiesWithOneId) {
@@ -118,9 +109,8 @@ TEST(Layouts, KeepTheFirstOfTwoPropertiesWithOneId) {
     second->SetPropertyID(5);
     pool.AddMemberProperty(first);
     pool.AddMemberProperty(second);
-    EXPECT_EQ(log.Take(),
-              Messages{"Bug Report :: Context :: Property \"second\" can't be registered, as it's ID is "
-                       "already registered"});
+    EXPECT_EQ(log.Take(), Messages{"Bug Report :: Context :: Property \"second\" can't be registered, as it's ID is "
+                                   "already registered"});
     EXPECT_EQ(second->GetDataOffset(), 4);
     EXPECT_TRUE(pool.GetPropertyFromName("second") == Property::NIL);
     auto const third = Support::Value("third");
@@ -138,8 +128,7 @@ TEST(Layouts, ShareIntrinsicPropertiesByName) {
         bool poolGivesWay;
     };
     for (Row const& row :
-         {Row{SHARED_INTRINSIC, SHARED_INTRINSIC, true, true},
-          Row{UNIQUE_INTRINSIC, SHARED_INTRINSIC, true, true},
+         {Row{SHARED_INTRINSIC, SHARED_INTRINSIC, true, true}, Row{UNIQUE_INTRINSIC, SHARED_INTRINSIC, true, true},
           Row{SHARED_INTRINSIC, UNIQUE_INTRINSIC, false, true}, Row{SHARED_INTRINSIC, VISIBLE, false, false},
           Row{VISIBLE, SHARED_INTRINSIC, false, false}}) {
         Support::Pool pool;
@@ -153,8 +142,7 @@ TEST(Layouts, ShareIntrinsicPropertiesByName) {
             added->scope = row.added;
             EXPECT_TRUE(add(existing) == Property::NIL);
             bool const givesWay = ofMembers ? row.memberGivesWay : row.poolGivesWay;
-            EXPECT_TRUE(add(added) == (givesWay ? existing : Property::NIL))
-                << row.existing << row.added << ofMembers;
+            EXPECT_TRUE(add(added) == (givesWay ? existing : Property::NIL)) << row.existing << row.added << ofMembers;
             EXPECT_EQ(added->GetOwnerPool(), givesWay ? nullptr : &pool);
         }
     }
@@ -188,10 +176,9 @@ TEST(Layouts, RefusePropertiesWhileThereAreMembers) {
     pool.SetMemberCount(1);
     auto const late = Support::Value("late");
     EXPECT_TRUE(pool.AddMemberProperty(late) == Property::NIL);
-    EXPECT_EQ(
-        log.Take(),
-        Messages{"Error :: Construction :: The Property \"late\" could not be added to the Pool \"Pool\", "
-                 "because the Pool already has Members"});
+    EXPECT_EQ(log.Take(),
+              Messages{"Error :: Construction :: The Property \"late\" could not be added to the Pool \"Pool\", "
+                       "because the Pool already has Members"});
     EXPECT_TRUE(pool.GetPropertyFromName("late") == Property::NIL);
     for (PropertyOwner const owner : {MEMBER, FLEXIBLE}) {
         Support::TestBehaviour behaviour;
@@ -253,8 +240,7 @@ TEST(Records, ComeFromBlocksThatDoubleAndAreFilledFromTheTop) {
         for (std::size_t const count : row.blocks) {
             unsigned char const* const top = pool.CreateNewMember().record;
             for (std::size_t i = 1; i < count; ++i) {
-                ASSERT_EQ(top - pool.CreateNewMember().record,
-                          static_cast<std::ptrdiff_t>(i * row.recordSize));
+                ASSERT_EQ(top - pool.CreateNewMember().record, static_cast<std::ptrdiff_t>(i * row.recordSize));
             }
         }
     }
@@ -275,10 +261,8 @@ TEST(Records, AreGivenOutAgainLastInFirstOut) {
     for (Member const member : {second, foreign, Member(first.record + 1), Member::NIL}) {
         pool.DeleteMember(member);
     }
-    EXPECT_EQ(
-        log.Take(),
-        Messages{
-            "Bug Report :: MemberPool :: The Pool \"Pool\" was asked to delete a Member it does not have"});
+    EXPECT_EQ(log.Take(),
+              Messages{"Bug Report :: MemberPool :: The Pool \"Pool\" was asked to delete a Member it does not have"});
     EXPECT_EQ(pool.CreateNewMember(), second);
     EXPECT_EQ(pool.CreateNewMember(), first);
     EXPECT_NE(pool.CreateNewMember(), first);
@@ -386,10 +370,8 @@ TEST(Clearing, SurvivesListenersThatMeddle) {
     EXPECT_TRUE(pool->GetAllProperties().empty());
     EXPECT_TRUE(pool->GetAllBehaviours().empty());
     EXPECT_EQ(pool->GetNumMembers(), 0);
-    EXPECT_EQ(
-        log.Take(),
-        Messages(6,
-                 "Error :: Construction :: Nothing can be added to the Pool \"Pool\" while it is cleared"));
+    EXPECT_EQ(log.Take(),
+              Messages(6, "Error :: Construction :: Nothing can be added to the Pool \"Pool\" while it is cleared"));
 
     Support::Listener const creator(Property::EVENT, [&](Util::Event const& event) {
         if (event.param1 == 0) {

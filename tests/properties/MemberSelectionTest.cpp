@@ -1,7 +1,7 @@
 // Gentra, copyright the Gentra authors.
 // SPDX-License-Identifier: MIT
 
-#include "support/Allocations.h"
+#include "../bench/Allocations.h"
 #include "support/Host.h"
 #include "support/MessageLog.h"
 
@@ -45,45 +45,6 @@ protected:
     Member c = M(2);
 };
 
-TEST_F(Selections, WrapAroundWhenTheCursorMoves) {
-    EXPECT_FALSE(abc.FirstMemberActive());
-    EXPECT_TRUE(abc.ActivateFirstMember());
-    EXPECT_EQ(pool.ActiveMember(), Member::NIL);
-    EXPECT_TRUE(abc.ActivateNextMember());
-    EXPECT_EQ(abc.ActiveMember(), b);
-    EXPECT_EQ(pool.ActiveMember(), b) << "a step forward reaches the base pool";
-    EXPECT_TRUE(abc.ActivateNextMember());
-    EXPECT_TRUE(abc.ActivateNextMember());
-    EXPECT_EQ(abc.ActiveMember(), a);
-    EXPECT_TRUE(abc.FirstMemberActive());
-    EXPECT_EQ(pool.ActiveMember(), c) << "wrapping around does not";
-    EXPECT_TRUE(abc.ActivatePreviousMember());
-    EXPECT_EQ(abc.ActiveMember(), c);
-    abc.ClearActiveMember();
-    EXPECT_TRUE(abc.ActivatePreviousMember());
-    EXPECT_EQ(abc.ActiveMember(), c);
-    abc.ActivateMember(3);
-    abc.ActivateMember(-1);
-    EXPECT_EQ(abc.ActiveMember(), c);
-    MemberSelection empty(&pool);
-    EXPECT_FALSE(empty.ActivateFirstMember() || empty.ActivateLastMember() || empty.ActivateNextMember() ||
-                 empty.ActivatePreviousMember() || empty.FirstMemberActive());
-}
-
-TEST_F(Selections, MoveOnWhenTheActiveMemberIsRemoved) {
-    abc.ActivateMember(1);
-    EXPECT_EQ(abc.RemoveActiveMember(), b);
-    EXPECT_EQ(abc.ActiveMember(), c);
-    EXPECT_EQ(pool.ActiveMember(), c);
-    EXPECT_EQ(abc.RemoveActiveMember(), c);
-    EXPECT_EQ(abc.ActiveMember(), a) << "behind the last comes the first";
-    EXPECT_EQ(pool.ActiveMember(), c);
-    EXPECT_EQ(abc.RemoveActiveMember(), a);
-    EXPECT_FALSE(abc.IsActiveMemberValid());
-    EXPECT_EQ(abc.RemoveActiveMember(), Member::NIL);
-    EXPECT_EQ(abc.GetNumMembers(), 0);
-}
-
 TEST_F(Selections, ReportAForeignPoolOnce) {
     Support::MessageLog const log;
     abc.AddMember(otherPool, M(9));
@@ -91,11 +52,10 @@ TEST_F(Selections, ReportAForeignPoolOnce) {
     abc.AddMembers(otherPool, {M(9)});
     MemberSelection unbound(nullptr);
     unbound.AddMember(pool, M(9));
-    EXPECT_EQ(log.Take(),
-              (Messages{"Error : Can't add Member to MemberSelection. The Members BasePool is \"Other\" "
-                        "while the MemberSelections BasePool is \"Pool\"",
-                        "Error : Can't add Member to MemberSelection. The Members BasePool is \"Pool\" "
-                        "while the MemberSelections BasePool is \"NULL\""}));
+    EXPECT_EQ(log.Take(), (Messages{"Error : Can't add Member to MemberSelection. The Members BasePool is \"Other\" "
+                                    "while the MemberSelections BasePool is \"Pool\"",
+                                    "Error : Can't add Member to MemberSelection. The Members BasePool is \"Pool\" "
+                                    "while the MemberSelections BasePool is \"NULL\""}));
     EXPECT_EQ(abc.GetNumMembers(), 3);
     abc.ActivateLastMember();
     EXPECT_TRUE(abc.InsertMemberAfterActiveMember(M(9)));
@@ -201,12 +161,12 @@ TEST_F(Selections, RefillWithoutAllocating) {
     selection.AddMember(pool, a);
     selection.GetAllMembers();
     selection.Clear();
-    std::size_t const before = Support::AllocationsSoFar();
+    std::size_t const before = Bench::AllocationsSoFar();
     for (int round = 0; round < 5; ++round) {
         EXPECT_EQ(fill(100), 100u);
         selection.Clear();
     }
-    EXPECT_EQ(Support::AllocationsSoFar(), before);
+    EXPECT_EQ(Bench::AllocationsSoFar(), before);
 }
 
 /// The selection as a linked list and a lazily rebuilt vector, for comparison.

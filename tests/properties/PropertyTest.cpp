@@ -26,15 +26,6 @@ T Read(void const* datum) {
 
 // Parameters.
 
-TEST(Parameters, StartWithTheirDefaults) {
-    Parameter const parameter;
-    EXPECT_EQ(parameter.dataOffset, -1);
-    EXPECT_EQ(parameter.linkIndex, -1);
-    EXPECT_EQ(parameter.property, nullptr);
-    EXPECT_EQ(parameter.owner, POOL);
-    EXPECT_TRUE(parameter.IsVisible());
-}
-
 TEST(Parameters, TakeTheirDefaultByType) {
     float numbers[] = {1.5f, 2.5f, 3.5f};
     Parameter const value(MEMBER, VALUE, "v", UNIQUE_INTRINSIC, numbers);
@@ -55,10 +46,10 @@ TEST(Parameters, TakeTheirDefaultByType) {
 
 /// All fields in one comparable text.
 std::string Describe(Parameter const& p) {
-    return std::string(p.name) + " type " + std::to_string(p.type) + " owner " + std::to_string(p.owner) +
-           " scope " + std::to_string(p.scope) + " value " + std::to_string(static_cast<int>(p.value)) +
-           " x " + std::to_string(static_cast<int>(p.vector.x)) + " offset " + std::to_string(p.dataOffset) +
-           " index " + std::to_string(p.linkIndex);
+    return std::string(p.name) + " type " + std::to_string(p.type) + " owner " + std::to_string(p.owner) + " scope " +
+           std::to_string(p.scope) + " value " + std::to_string(static_cast<int>(p.value)) + " x " +
+           std::to_string(static_cast<int>(p.vector.x)) + " offset " + std::to_string(p.dataOffset) + " index " +
+           std::to_string(p.linkIndex);
 }
 
 TEST(Parameters, AreMadeFieldByField) {
@@ -98,22 +89,6 @@ TEST(Parameters, AreMadeFieldByField) {
     }
 }
 
-TEST(Parameters, AnswerForTheirScope) {
-    struct Row {
-        Scope scope;
-        bool shared;
-        bool unique;
-    };
-    for (Row const& row : {Row{VISIBLE, false, false}, Row{SHARED_INTRINSIC, true, false},
-                           Row{UNIQUE_INTRINSIC, false, true}}) {
-        Parameter const parameter(POOL, VALUE, "", row.scope, nullptr);
-        EXPECT_EQ(parameter.IsSharedIntrinsic(), row.shared);
-        EXPECT_EQ(parameter.IsUniqueIntrinsic(), row.unique);
-        EXPECT_EQ(parameter.IsIntrinsic(), row.shared || row.unique);
-        EXPECT_EQ(parameter.IsVisible(), !parameter.IsIntrinsic());
-    }
-}
-
 // The property classes.
 
 PropertyPtr Make(PropertyType type) {
@@ -145,10 +120,9 @@ TEST(Properties, StartInNoPoolUnderTheirDefaultName) {
     };
     for (Row const& row :
          {Row{UNDEFINED, 0, "None"}, Row{VALUE, 4, "Value Property"}, Row{VECTOR, 12, "Vector Property"},
-          Row{MEMBERSELECTION, POINTER, "MemberSelection Property"},
-          Row{BEHAVIOUR, POINTER, "Behaviour Property"},
-          Row{DATAREFERENCE, POINTER, "DataReference Property"},
-          Row{FIXEDSIZEDATA, 16, "FixedSizeData Property"}, Row{TEXT, POINTER, "Text Property"}}) {
+          Row{MEMBERSELECTION, POINTER, "MemberSelection Property"}, Row{BEHAVIOUR, POINTER, "Behaviour Property"},
+          Row{DATAREFERENCE, POINTER, "DataReference Property"}, Row{FIXEDSIZEDATA, 16, "FixedSizeData Property"},
+          Row{TEXT, POINTER, "Text Property"}}) {
         PropertyPtr const property = Make(row.type);
         EXPECT_EQ(property->GetPropertyType(), row.type);
         EXPECT_EQ(property->GetDataSize(), row.size) << row.name;
@@ -199,9 +173,7 @@ TEST(Properties, KeepTheirPoolData) {
     EXPECT_EQ(TextProperty::GetCharStringFromPropertyData(text.GetData())[1], 'i');
     TextProperty const textCopy(text);
     text.SetStringToPropertyData(text.GetPoolData(), letters + 1);
-    EXPECT_EQ(
-        TextProperty::GetStringFromPropertyData(const_cast<TextProperty&>(textCopy).GetPoolData())->size(),
-        2u);
+    EXPECT_EQ(TextProperty::GetStringFromPropertyData(const_cast<TextProperty&>(textCopy).GetPoolData())->size(), 2u);
     EXPECT_EQ(text.GetText(), text.GetData());
     EXPECT_EQ(TextProperty::GetCharStringFromPropertyData(nullptr), nullptr);
     TextProperty::SetStringToPropertyData(text.GetPoolData(), nullptr);
@@ -261,8 +233,7 @@ TEST(Properties, NeverReachBehindARecord) {
 }
 
 TEST(Properties, AreFoundByIntrinsicName) {
-    std::vector<PropertyPtr> properties{Support::Value("wanted"), Support::Value("other"),
-                                        Support::Value("wanted")};
+    std::vector<PropertyPtr> properties{Support::Value("wanted"), Support::Value("other"), Support::Value("wanted")};
     EXPECT_TRUE(Property::GetIntrinsicPropertyFromName(properties, "wanted") == Property::NIL);
     properties[2]->scope = SHARED_INTRINSIC;
     EXPECT_TRUE(Property::GetIntrinsicPropertyFromName(properties, "wanted") == properties[2]);
@@ -327,8 +298,7 @@ TEST(NewMembers, ReceiveEachPropertysDefaultAndInstance) {
     EXPECT_EQ(functor.alive, 4);
     EXPECT_EQ(functor.lastSize, POINTER);
     auto const* const bytes = static_cast<unsigned char const*>(block->GetDataFromMemberSelection(pool, 0));
-    EXPECT_EQ(std::vector<int>(bytes, bytes + 5), (std::vector<int>{1, 0, 0, 0, 0}))
-        << "zero bytes, then the functor";
+    EXPECT_EQ(std::vector<int>(bytes, bytes + 5), (std::vector<int>{1, 0, 0, 0, 0})) << "zero bytes, then the functor";
     EXPECT_EQ(TextProperty::GetStringFromPropertyData(text->GetDataFromMemberSelection(pool, 0))->size(), 0u);
     text->SetDataToMemberSelection(&source, pool, 1);
     EXPECT_EQ(TextProperty::GetCharStringFromPropertyData(text->GetDataFromMemberSelection(pool, 1))[0], 'x');
@@ -350,19 +320,6 @@ TEST(NewMembers, ReceiveEachPropertysDefaultAndInstance) {
     EXPECT_EQ(second->GetBasePool(), nullptr);
 }
 
-TEST(NewMembers, LeaveAHostsSelectionAlone) {
-    Support::Pool pool;
-    RefCountPtr<MemberSelectionProperty> const selections(new MemberSelectionProperty("s"));
-    pool.AddMemberProperty(selections);
-    pool.SetMemberCount(2);
-    MemberSelection own(&pool);
-    own.AddMember(pool, pool.GetMemberByIndex(1));
-    selections->SetMemberSelection(&own, pool, 0);
-    selections->SetMemberSelection(&own, pool, 7);
-    pool.DeleteMember(pool.RemoveMemberByIndex(0));
-    EXPECT_EQ(own.GetNumMembers(), 1);
-}
-
 TEST(NewMembers, NeverShareASelectionThatAnotherMemberStillHas) {
     Support::Pool pool;
     RefCountPtr<MemberSelectionProperty> const selections(new MemberSelectionProperty("s"));
@@ -381,8 +338,7 @@ TEST(NewMembers, NeverShareASelectionThatAnotherMemberStillHas) {
     }
     unsigned int const stamp = ofFirst->GetLastRecreationTimeStamp();
     pool.InitializeMemberPool();
-    EXPECT_GT(ofFirst->GetLastRecreationTimeStamp(), stamp)
-        << "nobody takes a renewed selection for the old one";
+    EXPECT_GT(ofFirst->GetLastRecreationTimeStamp(), stamp) << "nobody takes a renewed selection for the old one";
 }
 
 TEST(NewMembers, KeepTheirInstancesWhenAnotherPoolTookTheProperty) {
@@ -460,12 +416,11 @@ TEST(SelectionProperties, WorkOnTheActiveMemberOrOnThePoolData) {
     }
     ofPool->SetBasePoolID(12345);
     ofPool->SetBasePoolFromID();
-    EXPECT_EQ(
-        log.Take().back(),
-        "Error: MemberSelectionProperty 'p' could not set it's BasePool. Either it's not linked, or the link "
-        "doesn't point to a MemberPool, or the MemberPool it points to is not yet loaded. In that case it "
-        "will "
-        "relink as sonn as the referenced Memberpool gets compiled");
+    EXPECT_EQ(log.Take().back(),
+              "Error: MemberSelectionProperty 'p' could not set it's BasePool. Either it's not linked, or the link "
+              "doesn't point to a MemberPool, or the MemberPool it points to is not yet loaded. In that case it "
+              "will "
+              "relink as sonn as the referenced Memberpool gets compiled");
     EXPECT_EQ(ofPool->GetBasePool(), &pool);
     MemberSelection* none = nullptr;
     ofPool->SetPoolData(&none);

@@ -25,8 +25,7 @@ class Listener : public Util::EventListener {
 public:
     using Handler = std::function<void(Util::Event const&)>;
 
-    Listener(Util::EventType const& type, Handler newHandler)
-        : EventListener("Test"), handler(std::move(newHandler)) {
+    Listener(Util::EventType const& type, Handler newHandler) : EventListener("Test"), handler(std::move(newHandler)) {
         Gentra::GlobalEventManager::RegisterListener(this, type);
     }
     void HandleEvent(Util::Event const& event) override { handler(event); }
@@ -39,9 +38,8 @@ private:
 class Constructor : public Listener {
 public:
     explicit Constructor(std::function<void(Gentra::MemberPool&)> fill)
-        : Listener(Gentra::MemberPool::EVENT_CONSTRUCT, [fill](Util::Event const& event) {
-              fill(*static_cast<Gentra::MemberPool*>(event.subject));
-          }) {}
+        : Listener(Gentra::MemberPool::EVENT_CONSTRUCT,
+                   [fill](Util::Event const& event) { fill(*static_cast<Gentra::MemberPool*>(event.subject)); }) {}
 };
 
 /// A pool on the main context.

@@ -18,6 +18,10 @@ using Util::RefCountPtr;
 using Util::ShortID;
 using Util::String;
 
+static_assert(std::is_trivially_copyable_v<Math::Vec3> && sizeof(Math::Vec3) == 12);
+static_assert(std::is_trivially_copyable_v<Gentra::Member> && sizeof(Gentra::Member) == sizeof(void*));
+static_assert(sizeof(String) == sizeof(std::string) && sizeof(ShortID) == 4);
+
 // The hash.
 
 TEST(StringHash, HasTheValuesThatStoredIdsAreMadeOf) {
@@ -25,11 +29,10 @@ TEST(StringHash, HasTheValuesThatStoredIdsAreMadeOf) {
         char const* text;
         unsigned int hash;
     };
-    for (Row const& row :
-         {Row{"", 0u}, Row{"a", 0x00610061u}, Row{"abc", 0x024A0126u}, Row{"ABC", 0x018A00C6u},
-          Row{"abcdefghijklmnop", 0x36300688u}, Row{"ABCDEFGHIJKLMNOP", 0x36300688u},
-          Row{"abcdefghijklmnopq", 0x3D2906F9u}, Row{"ABCDEFGHIJKLMNOPQ", 0x3D0906D9u},
-          Row{"Position", 0x0E9F0355u}, Row{"position", 0x0F9F0375u}}) {
+    for (Row const& row : {Row{"", 0u}, Row{"a", 0x00610061u}, Row{"abc", 0x024A0126u}, Row{"ABC", 0x018A00C6u},
+                           Row{"abcdefghijklmnop", 0x36300688u}, Row{"ABCDEFGHIJKLMNOP", 0x36300688u},
+                           Row{"abcdefghijklmnopq", 0x3D2906F9u}, Row{"ABCDEFGHIJKLMNOPQ", 0x3D0906D9u},
+                           Row{"Position", 0x0E9F0355u}, Row{"position", 0x0F9F0375u}}) {
         EXPECT_EQ(String(row.text).Hash(), row.hash) << row.text;
     }
     EXPECT_EQ(String("\xE9").Hash() & 0xFFFFu, 0xFFFFFFE9u % 65521u) << "the byte counts as -23";
@@ -43,8 +46,7 @@ unsigned int ModelHash(std::string const& text) {
         std::size_t const chunkStart = i / 5552 * 5552;
         std::size_t const chunkSize = std::min<std::size_t>(5552, text.size() - chunkStart);
         bool const inGroup = i - chunkStart < chunkSize / 16 * 16;
-        char const c =
-            inGroup && text[i] >= 'A' && text[i] <= 'Z' ? static_cast<char>(text[i] + 32) : text[i];
+        char const c = inGroup && text[i] >= 'A' && text[i] <= 'Z' ? static_cast<char>(text[i] + 32) : text[i];
         a += static_cast<std::uint32_t>(static_cast<std::int32_t>(static_cast<std::int8_t>(c)));
         b += a;
         if (i + 1 == chunkStart + chunkSize && chunkSize % 16 != 0) {
@@ -199,17 +201,6 @@ TEST(WeakPointers, TellWhenTheirObjectHasGone) {
     watched.reset();
     EXPECT_EQ(first.Get(), nullptr);
     EXPECT_EQ(second.Get(), nullptr);
-}
-
-TEST(PlainValues, AreTriviallyCopyableAndOfTheRecordsSize) {
-    static_assert(std::is_trivially_copyable_v<Math::Vec3> && sizeof(Math::Vec3) == 12);
-    static_assert(std::is_trivially_copyable_v<Gentra::Member> && sizeof(Gentra::Member) == sizeof(void*));
-    static_assert(sizeof(String) == sizeof(std::string) && sizeof(ShortID) == 4);
-    Math::Vec3 const zero;
-    EXPECT_EQ(zero.x, 0.0f);
-    EXPECT_EQ(zero.y, 0.0f);
-    EXPECT_EQ(zero.z, 0.0f);
-    EXPECT_FALSE(Gentra::Member::NIL.IsValid());
 }
 
 } // namespace

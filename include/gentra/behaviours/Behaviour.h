@@ -83,9 +83,7 @@ public:
     /// The first of the MAX_PARAMETERS fast parameters.
     [[nodiscard]] Basic_Parameter* GetFastParams() noexcept { return fastParams; }
     /// Timing of this behaviour's processing.
-    [[nodiscard]] PerformanceStatistics const& GetPerformaceStats() const noexcept {
-        return performanceStats;
-    }
+    [[nodiscard]] PerformanceStatistics const& GetPerformaceStats() const noexcept { return performanceStats; }
     /// Triggers EVENT_CREATE. The library never calls it: the derived class or the host does when the
     /// behaviour is set up.
     void Initialize();
@@ -117,9 +115,7 @@ public:
     // the outputs unchanged.
 
     [[nodiscard]] int GetNumVisibleInterfaceLinks() const noexcept;
-    [[nodiscard]] int GetIndexOfFirstIntrinsicParameterInVisibleInterface() const noexcept {
-        return visibleCount;
-    }
+    [[nodiscard]] int GetIndexOfFirstIntrinsicParameterInVisibleInterface() const noexcept { return visibleCount; }
     bool GetVisibleInterfaceDescription(int visibleIndex, Util::String& outName, PropertyOwner& outOwner,
                                         PropertyType& outType, bool& outIntrinsic) const;
     [[nodiscard]] PropertyType GetPropertyTypeFromVisibleParameterInterface(int visibleIndex) const;
@@ -257,8 +253,7 @@ public:
 
     /// The property of that name of the selection's base pool, which keeps it alive; null when either is
     /// missing.
-    [[nodiscard]] static Property* GetPropertyByName(Util::String const& propertyName,
-                                                     MemberSelection& selection);
+    [[nodiscard]] static Property* GetPropertyByName(Util::String const& propertyName, MemberSelection& selection);
     /// The same for the base pool of the member-selection property that is linked at `index`.
     [[nodiscard]] Property* GetPropertyByName(Util::String const& propertyName, unsigned int index) const;
 
@@ -280,8 +275,8 @@ protected:
 
     // As their visible counterparts above, over the whole interface.
     [[nodiscard]] int GetNumInterfaceLinks() const noexcept;
-    bool GetInterfaceDescription(int index, Util::String& outName, PropertyOwner& outOwner,
-                                 PropertyType& outType, bool& outIntrinsic) const;
+    bool GetInterfaceDescription(int index, Util::String& outName, PropertyOwner& outOwner, PropertyType& outType,
+                                 bool& outIntrinsic) const;
     [[nodiscard]] PropertyType GetPropertyTypeFromParameterInterface(int index) const;
     bool LinkPropertyToInterface(Util::RefCountPtr<Property> const& property, int linkIndex);
 
@@ -295,15 +290,15 @@ protected:
 
     // Fields. A parameter record, its link and its fast parameter have the same position.
 
-    Context* context;                           ///< The main context. Not owned.
-    Util::WeakPtr<MemberPool> ownerPool;        ///< Null again when the pool is cleared or destroyed.
-    std::vector<Parameter*> parameterInterface; ///< Owned, in order of declaration.
-    std::vector<Parameter*> visibleInterface;   ///< Those of them that are VISIBLE.
+    Context* context;                                          ///< The main context. Not owned.
+    Util::WeakPtr<MemberPool> ownerPool;                       ///< Null again when the pool is cleared or destroyed.
+    std::vector<Parameter*> parameterInterface;                ///< Owned, in order of declaration.
+    std::vector<Parameter*> visibleInterface;                  ///< Those of them that are VISIBLE.
     std::vector<Util::RefCountPtr<Property>> linkedProperties; ///< Property::NIL where not linked.
     int visibleCount = 0;                                      ///< The length of `visibleInterface`.
     Basic_Parameter fastParams[MAX_PARAMETERS];                ///< Filled by the compiler.
-    float orderKey = 0.0f; ///< For BehaviourLess(); the library never changes it.
-    bool disabled = true;  ///< Whether the behaviour is not ready to run.
+    float orderKey = 0.0f;                                     ///< For BehaviourLess(); the library never changes it.
+    bool disabled = true;                                      ///< Whether the behaviour is not ready to run.
     Util::String name;
     Member member; ///< The member in work, which the accessors read. The derived behaviour sets it.
     PerformanceStatistics performanceStats;

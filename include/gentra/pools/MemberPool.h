@@ -76,9 +76,7 @@ public:
     /// property events (Property::EVENT).
     [[nodiscard]] int GetIdentityValue() const noexcept { return identity; }
     /// A pointer to the pool that becomes null when the pool is destroyed.
-    [[nodiscard]] Util::WeakPtr<MemberPool> GetWeakPtr() const noexcept {
-        return Util::WeakPtr<MemberPool>(life);
-    }
+    [[nodiscard]] Util::WeakPtr<MemberPool> GetWeakPtr() const noexcept { return Util::WeakPtr<MemberPool>(life); }
     /// Ascending by ID, as signed numbers.
     [[nodiscard]] bool operator<(MemberPool const& other) const noexcept { return poolID < other.poolID; }
 
@@ -116,8 +114,7 @@ public:
     [[nodiscard]] std::vector<Util::RefCountPtr<Property>> GetAllMemberProperties() const;
 
     // Each of these empties `out` first.
-    void GetAllPropertiesOfCertainType(std::vector<Util::RefCountPtr<Property>>& out,
-                                       PropertyType type) const;
+    void GetAllPropertiesOfCertainType(std::vector<Util::RefCountPtr<Property>>& out, PropertyType type) const;
     void GetAllPropertiesOfCertainTypeByName(std::vector<Util::String>& out, PropertyType type) const;
     void GetAllValuePropertiesByName(std::vector<Util::String>& out) const;
     void GetAllVectorPropertiesByName(std::vector<Util::String>& out) const;
@@ -183,9 +180,7 @@ public:
     /// From now on frames process only the member at that index; a negative index stands for all members.
     void SetSingleMemberUpdateIndex(int index) noexcept { singleMemberUpdateIndex = index; }
     /// Timing of ProcessMemberPool().
-    [[nodiscard]] PerformanceStatistics const& GetPerformaceStats() const noexcept {
-        return performanceStats;
-    }
+    [[nodiscard]] PerformanceStatistics const& GetPerformaceStats() const noexcept { return performanceStats; }
 
     /// Runs a behaviour of this pool now, on all members. Another pool's: "Error :: PoolProcessing :: The
     /// PassiveBehaviour \"%s\" can not be used for the Pool \"%s\", because he does not own that behaviour".
@@ -197,8 +192,7 @@ public:
     /// The same on the members of a selection of this pool. Errors as above with "The Behaviour", and "...
     /// The Behaviour belongs to the Pool \"%s\", but the MemberSelection it should be applied on does not use
     /// that BasePool".
-    void ApplyBehaviourOnMemberSelection(Util::RefCountPtr<Behaviour> const& behaviour,
-                                         MemberSelection& selection);
+    void ApplyBehaviourOnMemberSelection(Util::RefCountPtr<Behaviour> const& behaviour, MemberSelection& selection);
 
 private:
     friend class Context;
@@ -224,8 +218,7 @@ private:
     void AnnounceLeaving(std::deque<Util::RefCountPtr<Property>> const& table, char const* subName);
     [[nodiscard]] bool AnnounceEntering(Util::RefCountPtr<Property> const& property);
     void AssignDefaultPropertyID(Property& property) const;
-    [[nodiscard]] Util::RefCountPtr<Property> MakeProperty(Parameter const& parameter,
-                                                           Util::ShortID id) const;
+    [[nodiscard]] Util::RefCountPtr<Property> MakeProperty(Parameter const& parameter, Util::ShortID id) const;
     [[nodiscard]] Util::RefCountPtr<Property> FindPoolProperty(Util::String const& propertyName) const;
     [[nodiscard]] Util::RefCountPtr<Property> FindMemberProperty(Util::String const& propertyName) const;
     void GetDefaultProperties(std::vector<Util::RefCountPtr<Property>>& out) const;

@@ -17,10 +17,9 @@ class Property;
 /// The record that a behaviour reads at run time: where a datum lies in a member record, or the constant that
 /// stands in for it, and the property behind it. A plain value.
 struct Basic_Parameter {
-    std::int32_t dataOffset =
-        -1;             ///< Offset of the datum in a member record, in bytes; -1 when there is none.
-    float value = 0.0f; ///< The constant of a VALUE datum.
-    Math::Vec3 vector;  ///< The constant of a VECTOR datum.
+    std::int32_t dataOffset = -1; ///< Offset of the datum in a member record, in bytes; -1 when there is none.
+    float value = 0.0f;           ///< The constant of a VALUE datum.
+    Math::Vec3 vector;            ///< The constant of a VECTOR datum.
     Property* property = nullptr; ///< In a property itself; in a fast parameter the linked one. Not owned.
     PropertyOwner owner = POOL;   ///< The kind of the datum.
 

@@ -20,8 +20,7 @@ class GENTRA_EXPORT FixedSizeDataProperty : public Property {
 public:
     /// Named "FixedSizeData Property". `newSize` is in bytes. The functor may be null and is not owned.
     FixedSizeDataProperty(unsigned int newSize, InstanceCreationFunctor* newFunctor);
-    FixedSizeDataProperty(std::string const& newName, unsigned int newSize,
-                          InstanceCreationFunctor* newFunctor);
+    FixedSizeDataProperty(std::string const& newName, unsigned int newSize, InstanceCreationFunctor* newFunctor);
     FixedSizeDataProperty(char const* newName, unsigned int newSize, InstanceCreationFunctor* newFunctor);
     FixedSizeDataProperty(FixedSizeDataProperty const& other);
     FixedSizeDataProperty& operator=(FixedSizeDataProperty const& other);

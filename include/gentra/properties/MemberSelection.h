@@ -215,8 +215,7 @@ private:
     Member activeMember;
     bool changed = false; ///< Whether `memberVector` is out of date, other than by what is in `appended`.
     bool cursorValid = false;
-    bool edited =
-        false; ///< Whether `edits` tells which slots are members and in which order; else all, in order.
+    bool edited = false; ///< Whether `edits` tells which slots are members and in which order; else all, in order.
 };
 
 } // namespace Gentra

@@ -75,8 +75,7 @@ private:
 
     MemberSelection* poolDatum = nullptr; ///< One of the two below, or one that the host gave.
     std::unique_ptr<MemberSelection> ownSelection;
-    std::unique_ptr<MemberSelection>
-        poolInstance; ///< Created when the pool that owns the property is compiled.
+    std::unique_ptr<MemberSelection> poolInstance; ///< Created when the pool that owns the property is compiled.
     std::unique_ptr<InstanceStore<MemberSelection>> instances; ///< Those of the members.
     Util::ShortID basePoolID;
 };

@@ -58,10 +58,10 @@ struct GENTRA_EXPORT Parameter : Basic_Parameter {
     /// Sets the scope to SHARED_INTRINSIC if `intrinsic`, else to VISIBLE.
     void MakePropertyCreationParameter(PropertyType newType, Util::String const& newName, bool intrinsic);
     /// Also sets `value` and `vector` to zero.
-    void MakeBehaviourInterfaceParameter(PropertyOwner newOwner, PropertyType newType,
-                                         Util::String const& newName, Scope newScope);
-    void MakeInputParameter(PropertyType newType, Util::String const& newName, float newValue,
-                            Math::Vec3 newVector, int newOffset);
+    void MakeBehaviourInterfaceParameter(PropertyOwner newOwner, PropertyType newType, Util::String const& newName,
+                                         Scope newScope);
+    void MakeInputParameter(PropertyType newType, Util::String const& newName, float newValue, Math::Vec3 newVector,
+                            int newOffset);
 };
 
 } // namespace Gentra

@@ -88,8 +88,7 @@ public:
 
     /// The first property of the list that is intrinsic and named exactly `name`; NIL when there is none.
     [[nodiscard]] static Util::RefCountPtr<Property> const&
-    GetIntrinsicPropertyFromName(std::vector<Util::RefCountPtr<Property>> const& properties,
-                                 Util::String const& name);
+    GetIntrinsicPropertyFromName(std::vector<Util::RefCountPtr<Property>> const& properties, Util::String const& name);
 
 protected:
     /// Whether a record layout counts on the size of the datum.

@@ -65,7 +65,7 @@ private:
 
     Text* poolDatum = nullptr; ///< One of the two below.
     std::unique_ptr<Text> poolText;
-    std::unique_ptr<Text> poolInstance; ///< Created when the pool that owns the property is compiled.
+    std::unique_ptr<Text> poolInstance;             ///< Created when the pool that owns the property is compiled.
     std::unique_ptr<InstanceStore<Text>> instances; ///< Those of the members.
 };
 

@@ -10,8 +10,7 @@
 #include <string>
 
 #if defined(__GNUC__)
-#define GENTRA_PRINTF_ARGUMENTS(formatIndex, firstIndex)                                                     \
-    __attribute__((format(printf, formatIndex, firstIndex)))
+#define GENTRA_PRINTF_ARGUMENTS(formatIndex, firstIndex) __attribute__((format(printf, formatIndex, firstIndex)))
 #else
 #define GENTRA_PRINTF_ARGUMENTS(formatIndex, firstIndex)
 #endif

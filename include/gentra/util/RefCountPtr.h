@@ -44,8 +44,7 @@ public:
 private:
     using Destroyer = void (*)(void const*);
 
-    RefCountBlock(void const* newObject, Destroyer newDestroy) noexcept
-        : object(newObject), destroy(newDestroy) {}
+    RefCountBlock(void const* newObject, Destroyer newDestroy) noexcept : object(newObject), destroy(newDestroy) {}
 
 // The class is the one that the object was created as: it needs no virtual destructor here.
 #if defined(__GNUC__)
@@ -83,9 +82,7 @@ public:
     requires(!std::same_as<U, T> && std::convertible_to<U*, T*>) RefCountPtr(U* object)
         : ptr(object), count(RefCountBlock::Adopt(object)) {}
 
-    RefCountPtr(RefCountPtr const& other) noexcept : ptr(other.ptr), count(other.count) {
-        count->AddReference();
-    }
+    RefCountPtr(RefCountPtr const& other) noexcept : ptr(other.ptr), count(other.count) { count->AddReference(); }
 
     /// Shares the object of a pointer to a derived class.
     template<class U>

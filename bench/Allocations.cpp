@@ -39,10 +39,10 @@ void operator delete(void* memory, std::size_t) noexcept {
     operator delete(memory);
 }
 
-std::size_t Support::AllocationsSoFar() {
+std::size_t Bench::AllocationsSoFar() {
     return allocations;
 }
 
-std::size_t Support::BytesHeld() {
+std::size_t Bench::BytesHeld() {
     return bytes;
 }
