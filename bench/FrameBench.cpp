@@ -74,17 +74,27 @@ public:
     }
 };
 
-/// By hand, in the shape of the default path: a virtual call per member that reads pointer and offsets again.
+/// By hand, in the shape of the default path: each member is read afresh from the vector and put into a slot, and a
+/// virtual call takes it from there and reads the offsets again. No checks, no prefetch, no weak pointers.
 class Shape {
 public:
     virtual ~Shape() = default;
+    void Process(std::vector<Member>& members, Member& current) {
+        std::size_t const count = members.size();
+        for (std::size_t i = 0; i < count; ++i) {
+            current = members[i];
+            Work();
+        }
+    }
     virtual bool Work() {
-        unsigned char* const record = *current;
-        Move(*reinterpret_cast<Math::Vec3*>(record + offsets[0]), *reinterpret_cast<Math::Vec3*>(record + offsets[1]),
-             *reinterpret_cast<float*>(record + offsets[2]), step);
+        member = *slot;
+        Move(*reinterpret_cast<Math::Vec3*>(member.record + offsets[0]),
+             *reinterpret_cast<Math::Vec3*>(member.record + offsets[1]),
+             *reinterpret_cast<float*>(member.record + offsets[2]), step);
         return true;
     }
-    unsigned char** current = nullptr;
+    Member* slot = nullptr;
+    Member member;
     int offsets[3] = {0, 12, 24};
     float step = STEP;
 };
@@ -179,16 +189,10 @@ void ByHand(benchmark::State& state, Order order, bool inShape) {
         return;
     }
     Shape shape;
-    Shape* volatile opaque = &shape; // the compiler must not see which function it calls
-    Shape* const virtualShape = opaque;
-    unsigned char* current = nullptr;
-    shape.current = &current;
-    Measure(state, population, [&] {
-        for (unsigned char* const record : records) {
-            current = record;
-            virtualShape->Work();
-        }
-    });
+    Member current;
+    shape.slot = &current;
+    std::vector<Member>& members = population.pool.GetAllMembers();
+    Measure(state, population, [&] { shape.Process(members, current); });
 }
 
 void Register() {

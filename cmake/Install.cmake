@@ -1,5 +1,9 @@
 # Headers, library, find_package(gentra) and pkg-config file.
 
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+target_include_directories(gentra PUBLIC $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 install(TARGETS gentra EXPORT gentraTargets)
 install(DIRECTORY include/gentra TYPE INCLUDE)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/include/gentra/gentra_export.h DESTINATION
@@ -15,7 +19,7 @@ install(FILES
   ${CMAKE_CURRENT_BINARY_DIR}/gentraConfigVersion.cmake
   DESTINATION ${gentra_package_dir})
 
-if(gentra_type STREQUAL "STATIC_LIBRARY")
+if(gentra_type STREQUAL "STATIC")
   set(gentra_pc_cflags "-DGENTRA_STATIC_DEFINE")
 endif()
 # From the file's own place, so that an installed tree can be moved.
