@@ -94,6 +94,7 @@ MemberPool::MemberPool(MemberPool const& other)
 }
 
 MemberPool::~MemberPool() {
+    clearing = false; // a listener may destroy the pool that is being cleared
     ClearPool();
     if (announced) {
         GlobalEventManager::Trigger(Util::Event(EVENT_DELETED, 0, 0, this));
@@ -321,49 +322,51 @@ Member MemberPool::CreateNewMember() {
         GlobalMessageManager::OutputMessageOnce("Creating Members without any properties");
         return Member();
     }
-    unsigned int const clearedBefore = timesCleared;
+    Construction newMember{record, construction};
+    construction = &newMember;
     try {
-        SetUpMember(record);
+        SetUpMember(newMember);
     } catch (...) {
-        if (timesCleared == clearedBefore) {
-            FreeRecord(record);
+        construction = newMember.outer;
+        if (newMember.record != nullptr) {
+            FreeRecord(newMember.record);
         }
         throw;
     }
-    // The host's code in between may have cleared the pool or deleted the member.
-    bool const isThere =
-        timesCleared == clearedBefore && (memberConstructionBehaviours.empty() || IsRecordInUse(record));
-    return isThere ? Member(record) : Member();
+    construction = newMember.outer;
+    return Member(newMember.record);
 }
 
-/// Fills a new record and runs the member-construction behaviours on it.
-void MemberPool::SetUpMember(unsigned char* record) {
-    unsigned int const clearedBefore = timesCleared;
+/// Fills a new record and runs the member-construction behaviours on it. Any of the host's code in between may delete
+/// the member or clear the pool.
+void MemberPool::SetUpMember(Construction const& newMember) {
     std::vector<MemberPropertyTable::Place> const& places = memberProperties->Places();
     for (std::size_t i = 0; i < places.size(); ++i) {
-        CreateDatum(places[i], record);
-        if (timesCleared != clearedBefore) { // by the host's instance creation
+        CreateDatum(places[i], newMember.record);
+        if (newMember.record == nullptr) {
             return;
         }
     }
     if (!memberConstructionBehaviours.empty()) {
-        std::vector<Member> newMembers(1, Member(record));
+        std::vector<Member> newMembers(1, Member(newMember.record));
         InitializeNewMembers(newMembers);
     }
 }
 
-bool MemberPool::IsRecordInUse(unsigned char const* record) const {
-    MemberRecordStorage const* const records = memberProperties->Records();
-    return records != nullptr && records->FindInUse(record).block != MemberRecordStorage::NO_BLOCK;
+/// Tells CreateNewMember() that the member it is setting up has gone; null stands for all members.
+void MemberPool::EndConstructionOf(unsigned char const* record) noexcept {
+    for (Construction* each = construction; each != nullptr; each = each->outer) {
+        if (record == nullptr || each->record == record) {
+            each->record = nullptr;
+        }
+    }
 }
 
 void MemberPool::FreeRecord(unsigned char const* record) {
-    if (IsRecordInUse(record)) {
-        MemberRecordStorage& records = *memberProperties->Records();
-        MemberRecordStorage::Place const place = records.FindInUse(record);
-        records.Retire(place);
-        records.GiveBack(place);
-    }
+    MemberRecordStorage& records = *memberProperties->Records();
+    MemberRecordStorage::Place const place = records.FindInUse(record);
+    records.Retire(place);
+    records.GiveBack(place);
 }
 
 void MemberPool::DeleteMember(Member member) {
@@ -382,17 +385,24 @@ void MemberPool::DeleteMember(Member member) {
     }
     // From here on deleting it once more, from the host's instance deletion, is refused.
     records->Retire(place);
+    EndConstructionOf(member.record);
     unsigned int const clearedBefore = timesCleared;
-    std::vector<MemberPropertyTable::Place> const& places = memberProperties->Places();
-    for (std::size_t i = 0; i < places.size(); ++i) {
-        if (places[i].plainDefault == nullptr) {
-            places[i].property->OnInstanceDeletion(member.record + places[i].offset);
+    try {
+        std::vector<MemberPropertyTable::Place> const& places = memberProperties->Places();
+        for (std::size_t i = 0; i < places.size() && timesCleared == clearedBefore; ++i) {
+            if (places[i].plainDefault == nullptr) {
+                places[i].property->OnInstanceDeletion(member.record + places[i].offset);
+            }
         }
-        if (timesCleared != clearedBefore) { // by the host's instance deletion
-            return;
+    } catch (...) {
+        if (timesCleared == clearedBefore) {
+            records->GiveBack(place);
         }
+        throw;
     }
-    records->GiveBack(place);
+    if (timesCleared == clearedBefore) { // else the host's instance deletion has cleared the pool
+        records->GiveBack(place);
+    }
 }
 
 unsigned char* MemberPool::GetDataFromMember(int memberIndex, int propertyIndex) {
@@ -422,8 +432,12 @@ void MemberPool::InitializeMemberPool() {
 }
 
 void MemberPool::ClearPool() {
-    ++timesCleared;
+    if (clearing) { // by a listener of the clearing itself
+        return;
+    }
     clearing = true;
+    ++timesCleared;
+    EndConstructionOf(nullptr);
     compiled = false;
     constructionFailed = false;
     Clear();

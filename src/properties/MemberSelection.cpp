@@ -365,6 +365,10 @@ void MemberSelection::DropVanishedEntries() {
     }
 }
 
+void MemberSelection::ForgetIndex() noexcept {
+    edits->index.Drop();
+}
+
 MemberSelection::Slot MemberSelection::EditedCount() const noexcept {
     return edits->order.Count();
 }

@@ -427,6 +427,22 @@ TEST_F(Processing, SurvivesBehavioursThatChangeThePool) {
     EXPECT_EQ(pool.GetNumMembers(), 0);
 }
 
+TEST_F(Processing, GivesNoRecordTwiceWhenAMemberIsDeletedDuringItsConstruction) {
+    RefCountPtr<TestBehaviour> const replacing(new TestBehaviour("Replacing"));
+    bool isFirst = true;
+    replacing->work = [&](TestBehaviour&) {
+        if (std::exchange(isFirst, false)) {
+            pool.DeleteMember(pool.ActiveMember());
+            pool.AddNewMember();
+        }
+        return true;
+    };
+    pool.LinkMemberConstructionBehaviour(replacing);
+    Compile();
+    pool.AddNewMember();
+    EXPECT_EQ(pool.GetNumMembers(), 6) << "the one that took its place";
+}
+
 TEST_F(Processing, SurvivesAConstructionBehaviourThatClearsThePool) {
     RefCountPtr<TestBehaviour> const clearing(new TestBehaviour("Clearing"));
     clearing->work = [&](TestBehaviour&) {

@@ -363,6 +363,7 @@ TEST(Clearing, SurvivesListenersThatMeddle) {
             pool->AddNewMember();
             pool->LinkActiveBehaviour(new Support::TestBehaviour);
             pool->AddMember(*pool, stale);
+            pool->InitializeMemberPool();
         });
         pool->InitializeMemberPool();
     }

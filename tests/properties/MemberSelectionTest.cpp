@@ -129,6 +129,23 @@ TEST_F(Selections, SurviveAHostThatShrinksTheirVector) {
     EXPECT_EQ(abc.GetAllMembers(), std::vector<Member>{b}) << "what the host appends does not enter";
 }
 
+TEST_F(Selections, FindMembersInAVectorThatAHostReordered) {
+    MemberSelection selection(&pool);
+    for (std::size_t i = 0; i < 100; ++i) {
+        selection.AddMember(pool, M(i));
+    }
+    for (int i = 0; i < 20; ++i) { // in vain, and enough for the index of members
+        selection.RemoveMember(M(999));
+    }
+    std::reverse(selection.GetAllMembers().begin(), selection.GetAllMembers().end());
+    selection.GetAllMembers().pop_back();
+    EXPECT_EQ(selection.GetNumMembers(), 99);
+    for (std::size_t i = 0; i < 100; ++i) {
+        selection.RemoveMember(M(i));
+    }
+    EXPECT_EQ(selection.GetNumMembers(), 0);
+}
+
 TEST_F(Selections, SurviveAHostThatShrinksTheirVectorWhileTheyAreEdited) {
     MemberSelection selection(&pool);
     for (std::size_t i = 0; i < 200; ++i) {

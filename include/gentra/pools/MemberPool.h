@@ -200,12 +200,18 @@ private:
 
     using BehaviourList = std::vector<Util::RefCountPtr<Behaviour>>;
 
+    /// A member that CreateNewMember() is setting up.
+    struct Construction {
+        unsigned char* record; ///< Null once the member has been deleted, or the pool cleared, meanwhile.
+        Construction* outer;
+    };
+
     void ClearPool();
     void ClearBehaviours(BehaviourList& behaviours);
     void InitPoolProperties();
-    void SetUpMember(unsigned char* record);
-    [[nodiscard]] bool IsRecordInUse(unsigned char const* record) const;
+    void SetUpMember(Construction const& newMember);
     void FreeRecord(unsigned char const* record);
+    void EndConstructionOf(unsigned char const* record) noexcept;
     [[nodiscard]] bool CanEnter(Util::RefCountPtr<Property> const& property) const;
     [[nodiscard]] bool AcceptsMemberProperty(Property& property) const;
     [[nodiscard]] bool RefuseWhileClearing() const {
@@ -263,7 +269,8 @@ private:
 
     Util::WeakSource<MemberPool> life{this};
     int identity;
-    bool announced; ///< False for a copy, which no context knows.
+    bool announced;                       ///< False for a copy, which no context knows.
+    Construction* construction = nullptr; ///< The innermost one.
     bool clearing = false;
     unsigned int timesCleared = 0; ///< Tells whether the members that one knew are still there.
 };

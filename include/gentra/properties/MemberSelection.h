@@ -44,16 +44,24 @@ public:
 
     // Queries.
 
-    [[nodiscard]] int GetNumMembers() const noexcept { return static_cast<int>(EntryCount()); }
+    [[nodiscard]] int GetNumMembers() {
+        if (memberVector.size() < kept) {
+            DropVanishedEntries();
+        }
+        return static_cast<int>(EntryCount());
+    }
 
     /// All members in order. The reference stays valid as long as the selection; its contents change at the
     /// next rebuild (any reading operation after a change) and at Clear().
     ///
-    /// The vector is the selection's own storage and is meant to be read. Entries that a host erases from it
-    /// leave the selection, and an order that a host gives it becomes the selection's; entries that it
-    /// appends do not enter.
+    /// The vector is the selection's own storage and is meant to be read. While there is no unread change, entries that
+    /// a host erases from it leave the selection, and an order that a host gives it becomes the selection's; entries
+    /// that it appends do not enter.
     std::vector<Member>& GetAllMembers() {
         BringUpToDate();
+        if (edited) {
+            ForgetIndex();
+        }
         return memberVector;
     }
 
@@ -186,6 +194,8 @@ private:
     template<class AddToOrder>
     void AddEdited(Member member, AddToOrder const& addToOrder);
     void DropVanishedEntries();
+    /// The caller may reorder the vector, which the index of members would not notice.
+    void ForgetIndex() noexcept;
     void BeginEdits();
     SelectionEdits& Edits();
 
