@@ -228,7 +228,6 @@ void Register() {
         Bench::CompareTimes(label + "the same, offsets hoisted / loop by hand", "frame-hoisted" + n,
                             "frame-baseline" + n, 1.1);
     }
-    // The results differ with the order of the members, so these are compared through baselines of their own.
     Bench::CompareTimes("frame 1000000: default path, recycled / ordered loop", "frame-default-recycled/1000000",
                         "frame-baseline/1000000", 3.6);
     Bench::CompareTimes("frame 1000000: default path, random / ordered loop", "frame-default-random/1000000",
