@@ -435,6 +435,15 @@ void MemberPool::ClearPool() {
     if (clearing) { // by a listener of the clearing itself
         return;
     }
+    /// Ends the clearing, also when a listener throws, unless one has destroyed the pool.
+    struct Clearing {
+        Util::WeakPtr<MemberPool> pool;
+        ~Clearing() {
+            if (MemberPool* const alive = pool) {
+                alive->clearing = false;
+            }
+        }
+    } const self{GetWeakPtr()};
     clearing = true;
     ++timesCleared;
     EndConstructionOf(nullptr);
@@ -444,14 +453,13 @@ void MemberPool::ClearPool() {
     ClearBehaviours(activeBehaviours);
     ClearBehaviours(passiveBehaviours);
 
-    Util::WeakPtr<MemberPool> const self = GetWeakPtr();
     AnnounceLeaving(poolProperties->All(), "Deleted");
-    if (self.Get() == nullptr) { // a listener has destroyed the pool
+    if (self.pool.Get() == nullptr) { // a listener has destroyed the pool
         return;
     }
     poolProperties->Clear(*this);
     AnnounceLeaving(memberProperties->Properties().All(), "MemberPool");
-    if (self.Get() == nullptr) {
+    if (self.pool.Get() == nullptr) {
         return;
     }
 
@@ -463,7 +471,6 @@ void MemberPool::ClearPool() {
     memberProperties->Clear(*this);
     // What a listener has listed meanwhile has no record any more.
     Clear();
-    clearing = false;
 }
 
 /// A copied pool shares its behaviours with the pool that owns them, and lets them be.

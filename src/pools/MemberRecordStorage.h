@@ -44,8 +44,6 @@ public:
     /// Takes back a record that was retired.
     void GiveBack(Place place) { freeRecords.push_back(place); }
 
-    [[nodiscard]] std::size_t RecordSize() const noexcept { return recordSize; }
-
 private:
     /// Sizes of blocks in bytes: the first one, and where doubling ends.
     static constexpr std::size_t FIRST_BLOCK_SIZE = 1024;

@@ -386,6 +386,19 @@ TEST(Clearing, SurvivesListenersThatMeddle) {
     EXPECT_TRUE(MainContext().GetPropertyByID(late->GetPropertyID()) == Property::NIL);
 }
 
+TEST(Clearing, CanBeRepeatedAfterAListenerThrew) {
+    Support::Pool pool;
+    pool.AddMemberProperty(Support::Value("m"));
+    {
+        Support::Listener const throwing(Property::EVENT, [](Util::Event const&) { throw 1; });
+        EXPECT_THROW(pool.InitializeMemberPool(), int);
+    }
+    pool.InitializeMemberPool();
+    EXPECT_TRUE(pool.GetAllProperties().empty());
+    pool.AddMemberProperty(Support::Value("m"));
+    EXPECT_TRUE(pool.CreateNewMember().IsValid());
+}
+
 TEST(Pools, MayBeDestroyedInsideTheirEvents) {
     std::unique_ptr<Support::Pool> pool;
     auto const destroyOn = [&](int param1) {
