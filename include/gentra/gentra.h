@@ -37,6 +37,7 @@
 #include "gentra/properties/Property.h"
 #include "gentra/properties/PropertyFactory.h"
 #include "gentra/properties/PropertyOwner.h"
+#include "gentra/properties/PropertyReference.h"
 #include "gentra/properties/PropertyType.h"
 #include "gentra/properties/Scope.h"
 #include "gentra/properties/TextProperty.h"
@@ -50,6 +51,9 @@
 #include "gentra/behaviours/Behaviour.h"
 #include "gentra/behaviours/BehaviourFactory.h"
 
+#include "gentra/spatial/BoundingRect.h"
+#include "gentra/spatial/GridOrganizer.h"
+#include "gentra/spatial/SpatialOrganizer.h"
 #include "gentra/spatial/SpatialRelations.h"
 
 #endif

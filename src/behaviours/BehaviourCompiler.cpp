@@ -6,6 +6,7 @@
 
 #include "gentra/behaviours/Behaviour.h"
 
+#include "gentra/pools/Context.h"
 #include "gentra/pools/MemberPool.h"
 #include "gentra/properties/BehaviourProperty.h"
 #include "gentra/properties/MemberSelection.h"
@@ -330,6 +331,10 @@ Property* Behaviour::GetPropertyByName(Util::String const& propertyName, unsigne
     }
     auto* const selections = dynamic_cast<MemberSelectionProperty*>(linkedProperties[index].Get());
     return selections != nullptr ? FindInPool(selections->GetBasePool(), propertyName) : nullptr;
+}
+
+SpatialOrganizer& Behaviour::GetSpatialOrganizer(MemberSelection& selection) const {
+    return context->GetSpatialRelations().GetSpatialOrganizer(selection);
 }
 
 } // namespace Gentra

@@ -3,6 +3,8 @@
 
 #include "gentra/behaviours/Behaviour.h"
 
+#include "../util/Prefetch.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -35,13 +37,9 @@ bool IsScattered(std::vector<Member> const& members) noexcept {
 }
 
 inline void Prefetch(unsigned char const* record) noexcept {
-#if defined(__GNUC__)
     // A small record may reach into the next line.
-    __builtin_prefetch(record, 1);
-    __builtin_prefetch(record + HALF_CACHE_LINE, 1);
-#else
-    static_cast<void>(record);
-#endif
+    Util::PrefetchForWriting(record);
+    Util::PrefetchForWriting(record + HALF_CACHE_LINE);
 }
 
 } // namespace

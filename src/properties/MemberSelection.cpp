@@ -57,6 +57,13 @@ void MemberSelection::SetBasePool(MemberPool* newBasePool) {
     basePool = newBasePool != nullptr ? newBasePool->GetWeakPtr() : Util::WeakPtr<MemberPool>();
 }
 
+Util::WeakPtr<MemberSelection> MemberSelection::Watch() {
+    if (life == nullptr) {
+        life = std::make_unique<Util::WeakSource<MemberSelection>>(this);
+    }
+    return Util::WeakPtr<MemberSelection>(*life);
+}
+
 // The cursor.
 
 bool MemberSelection::FirstMemberActive() const {
@@ -124,13 +131,13 @@ void MemberSelection::AddMembers(MemberPool& pool, std::vector<Member> const& me
     if (basePool.Get() != &pool) {
         return;
     }
-    if (edited) {
-        for (Member const member : members) {
-            AppendEdited(member);
-        }
-        return;
+    AppendRange(members.data(), members.size());
+}
+
+void MemberSelection::AppendRangeEdited(Member const* first, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        Append(first[i]);
     }
-    appended.insert(appended.end(), members.begin(), members.end());
 }
 
 void MemberSelection::AddNewMember() {

@@ -69,10 +69,11 @@ void MemberSelectionProperty::SetPoolData(void* data) {
 }
 
 /// Makes a selection as good as new, but for the time stamp: whoever kept the old one shall not find it
-/// current.
+/// current. Whoever watches it sees its end.
 void MemberSelectionProperty::Renew(MemberSelection& selection, MemberPool* basePool) {
     selection.Clear();
     selection.SetBasePool(basePool);
+    selection.life.reset();
     ++selection.recreationTimeStamp;
 }
 

@@ -25,6 +25,7 @@ namespace Gentra {
 class Context;
 class MemberPool;
 class MemberSelection;
+class SpatialOrganizer;
 
 /// The base class of every behaviour. Derive, declare a parameter interface, work on members.
 ///
@@ -256,6 +257,8 @@ public:
     [[nodiscard]] static Property* GetPropertyByName(Util::String const& propertyName, MemberSelection& selection);
     /// The same for the base pool of the member-selection property that is linked at `index`.
     [[nodiscard]] Property* GetPropertyByName(Util::String const& propertyName, unsigned int index) const;
+    /// The organizer of the selection in the behaviour's context, see SpatialRelations::GetSpatialOrganizer.
+    [[nodiscard]] SpatialOrganizer& GetSpatialOrganizer(MemberSelection& selection) const;
 
 protected:
     // The last virtual slot.

@@ -197,6 +197,7 @@ public:
 private:
     friend class Context;
     friend class Property;
+    friend class SpatialOrganizer;
 
     using BehaviourList = std::vector<Util::RefCountPtr<Behaviour>>;
 

@@ -161,7 +161,21 @@ protected:
     void RecreateMemberVector();
 
 private:
+    friend class GridOrganizer;
     friend class MemberSelectionProperty;
+    friend class SpatialOrganizer;
+
+    /// A pointer that becomes null when the selection is destroyed or given to another owner.
+    [[nodiscard]] Util::WeakPtr<MemberSelection> Watch();
+
+    /// Appends `count` members of the base pool.
+    void AppendRange(Member const* first, std::size_t count) {
+        if (edited) {
+            AppendRangeEdited(first, count);
+            return;
+        }
+        appended.insert(appended.end(), first, first + count);
+    }
 
     /// Names one entry of the list until the next rebuild. Slots count through the vector as it was last
     /// built, then through `appended`.
@@ -191,6 +205,7 @@ private:
 
     void ReportForeignPool(MemberPool& pool) const;
     void AppendEdited(Member member);
+    void AppendRangeEdited(Member const* first, std::size_t count);
     template<class AddToOrder>
     void AddEdited(Member member, AddToOrder const& addToOrder);
     void DropVanishedEntries();
@@ -219,8 +234,9 @@ private:
     std::vector<Member> memberVector; ///< As of the last rebuild; never touched in between.
     std::vector<Member> appended;     ///< Entries that came after it.
     std::unique_ptr<SelectionEdits> edits;
-    Slot kept = 0;   ///< How many leading entries of `memberVector` are slots.
-    Slot cursor = 0; ///< Meaningful while `cursorValid`.
+    std::unique_ptr<Util::WeakSource<MemberSelection>> life; ///< Made when somebody watches.
+    Slot kept = 0;                                           ///< How many leading entries of `memberVector` are slots.
+    Slot cursor = 0;                                         ///< Meaningful while `cursorValid`.
     std::uint32_t recreationTimeStamp = 0;
     Member activeMember;
     bool changed = false; ///< Whether `memberVector` is out of date, other than by what is in `appended`.

@@ -4,21 +4,51 @@
 #ifndef GENTRA_SPATIAL_SPATIALRELATIONS_H
 #define GENTRA_SPATIAL_SPATIALRELATIONS_H
 
+#include "gentra/gentra_export.h"
+
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
 namespace Gentra {
 
 class Context;
+class GridOrganizer;
+class MemberSelection;
+class SpatialOrganizer;
 
-/// The spatial organizers of one context, at most one per selection. There are no kinds of organizers yet.
-class SpatialRelations {
+/// The spatial organizers of one context, at most one per selection.
+///
+/// A copy shares the organizers that exist.
+class GENTRA_EXPORT SpatialRelations {
 public:
-    explicit SpatialRelations(Context& newContext) noexcept : context(&newContext) {}
+    /// No organizers yet. `newContext` is what the organizers are told as theirs.
+    explicit SpatialRelations(Context& newContext);
+
+    /// The organizer of that selection; on the first request makes one, by the property "Position" of the
+    /// selection's base pool, and sorts the members. A selection that has taken the address of one that has
+    /// gone gets one of its own.
+    ///
+    /// The reference lasts as long as the spatial relations, also after Reset(). Call it again after each
+    /// construct pass all the same: the pass may have moved the positions, and then the old organizer finds
+    /// nobody.
+    [[nodiscard]] SpatialOrganizer& GetSpatialOrganizer(MemberSelection& selection);
 
     /// Drops all organizers, so that they are made afresh for the layouts that a construct pass is about to
     /// change. The context calls it at the start of each pass.
-    void Reset() noexcept {}
+    ///
+    /// Those that were dropped before give back the memory of their cells. One that is still used sorts its
+    /// members once more.
+    void Reset();
 
 private:
-    [[maybe_unused]] Context* context; ///< Not owned.
+    using OrganizerPtr = std::shared_ptr<GridOrganizer>; // it destroys an organizer as what it was made as
+
+    [[nodiscard]] OrganizerPtr MakeOrganizer(MemberSelection& selection) const;
+
+    std::unordered_map<MemberSelection*, OrganizerPtr> organizers; ///< By the selection's address.
+    Context* context;                                              ///< Not owned.
+    std::vector<OrganizerPtr> dropped;                             ///< Kept alive, as behaviours may still use them.
 };
 
 } // namespace Gentra

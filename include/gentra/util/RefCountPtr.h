@@ -106,6 +106,15 @@ public:
     [[nodiscard]] T& operator*() const noexcept { return *ptr; }
     [[nodiscard]] T* Get() const noexcept { return ptr; }
 
+    /// Shares the object as the derived class U that it is; a null pointer when it is none.
+    template<class U>
+    [[nodiscard]] RefCountPtr<U> DynamicCast() const {
+        if (U* const object = dynamic_cast<U*>(ptr)) {
+            return RefCountPtr<U>(object, *count);
+        }
+        return RefCountPtr<U>(static_cast<U*>(nullptr));
+    }
+
     /// The number of RefCountPtr objects that share this object, at least 1.
     [[nodiscard]] int GetCount() const noexcept { return count->Count(); }
 
@@ -117,6 +126,10 @@ public:
 private:
     template<class U>
     friend class RefCountPtr;
+
+    RefCountPtr(T* object, RefCountBlock& sharedCount) noexcept : ptr(object), count(&sharedCount) {
+        count->AddReference();
+    }
 
     /// Takes the new reference before it drops the old one, so that assigning a pointer to itself is safe.
     void Share(T* newPtr, RefCountBlock* newCount) {

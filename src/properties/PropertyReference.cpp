@@ -1,0 +1,178 @@
+// Gentra, copyright the Gentra authors.
+// SPDX-License-Identifier: MIT
+
+#include "gentra/properties/PropertyReference.h"
+
+#include "gentra/util/Event.h"
+#include "gentra/util/EventListener.h"
+#include "gentra/util/GlobalEventManager.h"
+#include "gentra/util/GlobalMessageManager.h"
+
+// Upward: a reference is bound to a pool, which it finds in the main context.
+#include "gentra/pools/Context.h"
+#include "gentra/pools/ContextManager.h"
+#include "gentra/pools/MemberPool.h"
+
+namespace Gentra {
+
+namespace {
+
+/// No pool has this identity value.
+constexpr int NO_POOL = -1;
+
+/// The type of the property events of the pool with that identity value.
+Util::EventType PropertyEventOf(int identity) {
+    return {Property::EVENT, "OwnerPool", identity};
+}
+
+} // namespace
+
+/// Passes every event to its reference.
+class PropertyReference::MyListener final : public Util::EventListener {
+public:
+    explicit MyListener(PropertyReference* newReference)
+        : EventListener("PropertyReference"), reference(newReference) {}
+
+    void HandleEvent(Util::Event const& event) override { reference->HandleEvents(event); }
+
+private:
+    PropertyReference* reference;
+};
+
+PropertyReference::PropertyReference() : listener(std::make_unique<MyListener>(this)), boundIdentity(NO_POOL) {
+    GlobalEventManager::RegisterListener(listener.get(), MemberPool::EVENT_CREATED);
+    GlobalEventManager::RegisterListener(listener.get(), MemberPool::EVENT_DELETED);
+}
+
+PropertyReference::PropertyReference(PropertyReference const& other) : PropertyReference() {
+    *this = other;
+}
+
+PropertyReference& PropertyReference::operator=(PropertyReference const& other) {
+    if (this == &other) {
+        return *this;
+    }
+    ListenToPool(other.boundIdentity);
+    property = other.property;
+    defaultProperty = other.defaultProperty;
+    propertyName = other.propertyName;
+    ownerPool = other.ownerPool;
+    ownerPoolID = other.ownerPoolID;
+    return *this;
+}
+
+PropertyReference::~PropertyReference() = default;
+
+Util::ShortID PropertyReference::GetPropertyID() const {
+    return (property.Get() != nullptr ? property : Property::NIL)->GetPropertyID();
+}
+
+Util::String PropertyReference::GetOwnerPoolName() const {
+    MemberPool const* const pool = ownerPool;
+    return pool != nullptr ? pool->GetName() : Util::String("");
+}
+
+void PropertyReference::SetOwnerPoolID(Util::ShortID const& id) {
+    if (id == ownerPoolID) {
+        return;
+    }
+    ownerPoolID = id;
+    SetNewOwnerPool(ContextManager::GetMainContext().GetMemberPoolFromID(ownerPoolID));
+    GetPropertyFromOwnerPool();
+}
+
+void PropertyReference::SetPropertyName(Util::String const& name) {
+    if (name == propertyName) {
+        return;
+    }
+    propertyName = name; // first, as it may be that of the present target
+    property = defaultProperty;
+    // NIL is everybody's.
+    if (property != Property::NIL) {
+        property->SetName(propertyName);
+    }
+    GetPropertyFromOwnerPool();
+}
+
+void PropertyReference::SetDefaultProperty(Util::RefCountPtr<Property> const& newDefault) {
+    defaultProperty = newDefault.Get() != nullptr ? newDefault : Property::NIL;
+    if (property == Property::NIL) {
+        property = defaultProperty;
+    }
+}
+
+void PropertyReference::GetPropertyFromOwnerPool() {
+    MemberPool const* const pool = ownerPool;
+    if (pool == nullptr) {
+        return;
+    }
+    Util::RefCountPtr<Property> const found = pool->GetPropertyFromName(propertyName);
+    if (found != Property::NIL) {
+        property = found;
+    }
+}
+
+/// The identity value tells pools apart also when one that has gone left its address to another.
+void PropertyReference::SetNewOwnerPool(MemberPool* pool) {
+    int const identity = pool != nullptr ? pool->GetIdentityValue() : NO_POOL;
+    if (identity == boundIdentity) {
+        return;
+    }
+    ListenToPool(identity);
+    ownerPool = pool != nullptr ? pool->GetWeakPtr() : Util::WeakPtr<MemberPool>();
+    property = defaultProperty;
+}
+
+/// Hears the property events of that pool instead of those heard so far.
+void PropertyReference::ListenToPool(int identity) {
+    if (boundIdentity != NO_POOL) {
+        GlobalEventManager::RemoveListener(listener.get(), PropertyEventOf(boundIdentity));
+        boundIdentity = NO_POOL;
+    }
+    if (identity != NO_POOL) {
+        GlobalEventManager::RegisterListener(listener.get(), PropertyEventOf(identity));
+        boundIdentity = identity;
+    }
+}
+
+void PropertyReference::HandleEvents(Util::Event const& event) {
+    if (event.type.Matches(Property::EVENT)) {
+        HandlePropertyEvent(event);
+    }
+    if (event.type.Matches(MemberPool::EVENT)) {
+        HandlePoolEvent(event);
+    }
+}
+
+void PropertyReference::HandlePropertyEvent(Util::Event const& event) {
+    auto const* const subject = static_cast<Util::RefCountPtr<Property> const*>(event.subject);
+    if (subject == nullptr || subject->Get() == nullptr || *subject == Property::NIL ||
+        (*subject)->GetName() != propertyName) {
+        return;
+    }
+    if (event.param1 == 0 && event.param2 == 0) {
+        property = *subject;
+    } else if (event.param1 == 1 && event.param2 == 0) {
+        property = defaultProperty;
+    } else {
+        GlobalMessageManager::OutputMessage(
+            "Bug Report :: ValueProperty Channel :: ValueProperty could't handle event");
+    }
+}
+
+void PropertyReference::HandlePoolEvent(Util::Event const& event) {
+    auto* const pool = static_cast<MemberPool*>(event.subject);
+    if (pool == nullptr) {
+        return;
+    }
+    bool const isNamed = pool->GetMemberPoolID() == ownerPoolID;
+    // A pool that got another ID while the reference was bound to it is still the one that goes.
+    bool const isBound = pool->GetIdentityValue() == boundIdentity;
+    if (event.type.subIndex == MemberPool::EVENT_CREATED.subIndex && isNamed) {
+        SetNewOwnerPool(pool);
+    } else if (event.type.subIndex == MemberPool::EVENT_DELETED.subIndex && (isNamed || isBound)) {
+        SetNewOwnerPool(nullptr);
+    }
+}
+
+} // namespace Gentra

@@ -1,0 +1,285 @@
+// Gentra, copyright the Gentra authors.
+// SPDX-License-Identifier: MIT
+
+// All arithmetic is in single precision and in the order written here, so that every platform sorts a member
+// into the same cell.
+
+#include "gentra/spatial/GridOrganizer.h"
+
+#include "../util/Prefetch.h"
+
+#include "gentra/pools/MemberPool.h"
+#include "gentra/properties/Datum.h"
+#include "gentra/properties/MemberSelection.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+namespace Gentra {
+
+namespace {
+
+constexpr int MEMBERS_PER_CELL = 4;
+constexpr int MOST_CELLS_IN_LINE = 1000;
+
+/// From this size on the records that a query tests are seldom in a cache.
+constexpr std::size_t PREFETCH_POPULATION = 300'000;
+
+/// The cell of a place between 0 and `count`, cut down to the cells that exist. What is no number is in the
+/// first one. Only a float that fits is converted.
+int ClampedCell(float place, int count) noexcept {
+    auto const last = static_cast<float>(count - 1);
+    float const notBelow = place > 0.0f ? place : 0.0f;
+    return static_cast<int>(notBelow < last ? notBelow : last);
+}
+
+/// The number of cells in a line for a wish that may be infinite or not a number.
+int ClampedCount(float wish) noexcept {
+    return 1 + ClampedCell(wish, MOST_CELLS_IN_LINE);
+}
+
+} // namespace
+
+/// One query, with what all its cells have in common.
+struct GridOrganizer::Query {
+    Point centre;
+    float squaredRadius;
+    Member exclude;
+    Point fromOrigin; ///< The centre as seen from the corner of the grid.
+    float squaredInner; ///< Cells whose centre is nearer lie wholly inside the circle.
+    float squaredOuter; ///< Cells whose centre is farther lie wholly outside.
+    Cell first;
+    Cell last;
+};
+
+GridOrganizer::GridOrganizer(MemberSelection* newSelection, Context* newContext,
+                             Util::RefCountPtr<Property> newPositionProperty)
+    : SpatialOrganizer(newSelection, newContext, newPositionProperty) {}
+
+std::span<Member const> GridOrganizer::GetCell(int column, int row) const noexcept {
+    if (column < 0 || column >= columns || row < 0 || row >= rows || cells.starts.empty()) {
+        return {};
+    }
+    auto const cell = static_cast<std::size_t>(column) * static_cast<std::size_t>(rows) + static_cast<std::size_t>(row);
+    return {cells.members.data() + cells.starts[cell], cells.members.data() + cells.starts[cell + 1]};
+}
+
+std::size_t GridOrganizer::CellCount() const noexcept {
+    return static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows);
+}
+
+GridOrganizer::Point GridOrganizer::PositionOf(Member member) const noexcept {
+    auto const position = Datum::Read<Math::Vec3>(member.record + positionOffset);
+    return {position.x, position.z};
+}
+
+GridOrganizer::Cell GridOrganizer::CellAt(Point point) const noexcept {
+    auto const [u, v] = bounds.Normalize(point.x, point.z);
+    return {ClampedCell(u * static_cast<float>(columns), columns), ClampedCell(v * static_cast<float>(rows), rows)};
+}
+
+// The layout.
+
+void GridOrganizer::Rebuild() {
+    bounds.Reset();
+    std::size_t count = 0;
+    if (PoolWithPositions() != nullptr) {
+        std::vector<Member> const& members = selection->GetAllMembers();
+        count = members.size();
+        for (Member const member : members) {
+            Point const position = PositionOf(member);
+            if (std::isfinite(position.x) && std::isfinite(position.z)) {
+                bounds.Extend(position.x, position.z);
+            }
+        }
+    }
+    auto const target = static_cast<float>(count / MEMBERS_PER_CELL);
+    float const width = bounds.maxX - bounds.minX;
+    float const depth = bounds.maxZ - bounds.minZ;
+    float const aspect = width / depth;
+    bool const isLine = width == 0.0f || depth == 0.0f;
+    rows = isLine ? 1 : ClampedCount(std::sqrt(target / aspect));
+    columns = ClampedCount(target / static_cast<float>(rows));
+    cellWidth = width / static_cast<float>(columns);
+    cellDepth = depth / static_cast<float>(rows);
+    ForgetMembers();
+}
+
+void GridOrganizer::ForgetMembers() {
+    cells.members.clear();
+    cells.starts.clear();
+}
+
+/// A counting sort: stable, so that members keep their order within a cell.
+void GridOrganizer::Refresh() {
+    ForgetMembers();
+    released = false;
+    MemberPool const* const pool = PoolWithPositions();
+    if (pool == nullptr || columns == 0) {
+        return;
+    }
+    timesCleared = TimesCleared(*pool);
+    std::vector<Member> const& members = selection->GetAllMembers();
+    // One more cell, behind the others, takes those that are nowhere. The counts are kept two places further
+    // on, so that after the sums each start stands one place further on, and moves to its place while the
+    // members before it are put down.
+    std::size_t const nowhere = CellCount();
+    std::vector<std::uint32_t>& starts = cells.starts;
+    starts.assign(nowhere + 3, 0);
+    cells.cellOf.resize(members.size());
+    for (std::size_t i = 0; i < members.size(); ++i) {
+        Point const position = PositionOf(members[i]);
+        Cell const at = CellAt(position);
+        std::size_t const cell =
+            static_cast<std::size_t>(at.column) * static_cast<std::size_t>(rows) + static_cast<std::size_t>(at.row);
+        bool const isSomewhere = !std::isnan(position.x) && !std::isnan(position.z);
+        cells.cellOf[i] = static_cast<std::uint32_t>(isSomewhere ? cell : nowhere);
+        ++starts[cells.cellOf[i] + 2];
+    }
+    for (std::size_t cell = 2; cell < starts.size(); ++cell) {
+        starts[cell] += starts[cell - 1];
+    }
+    cells.members.resize(members.size());
+    for (std::size_t i = 0; i < members.size(); ++i) {
+        cells.members[starts[cells.cellOf[i] + 1]++] = members[i];
+    }
+}
+
+void GridOrganizer::ReleaseMemory() noexcept {
+    cells = Cells();
+    released = true;
+}
+
+// Queries.
+
+void GridOrganizer::GetMembersInRadius(MemberSelection& result, Math::Vec3 const& centre, float radius,
+                                       Member exclude) {
+    if (released) {
+        Refresh();
+    }
+    MemberPool* const pool = PoolWithPositions();
+    if (pool == nullptr || cells.starts.empty() || TimesCleared(*pool) != timesCleared || !(radius > 0.0f)) {
+        return;
+    }
+    float const x = centre.x;
+    float const z = centre.z;
+    float const half = 0.5f * std::sqrt(cellWidth * cellWidth + cellDepth * cellDepth);
+    float const outer = radius + half;
+    float const inner = radius - half < 0.0f ? 0.0f : radius - half;
+    Query const query{{x, z},
+                      radius * radius,
+                      exclude,
+                      {x - bounds.minX, z - bounds.minZ},
+                      inner * inner,
+                      outer * outer,
+                      CellAt({x - radius, z - radius}),
+                      CellAt({x + radius, z + radius})};
+    if (result.GetBasePool() == pool) {
+        Append(result, query);
+    } else {
+        AppendToForeign(result, *pool, query);
+    }
+}
+
+/// Calls `onInside` or `onStraddling` with a first member and an end for the members of consecutive cells
+/// that lie wholly inside the circle or that it cuts.
+template<class OnInside, class OnStraddling>
+void GridOrganizer::ForEachRun(Query const& query, OnInside const& onInside, OnStraddling const& onStraddling) const {
+    enum Kind { INSIDE, STRADDLING, OUTSIDE };
+    Member const* const members = cells.members.data();
+    for (int column = query.first.column; column <= query.last.column; ++column) {
+        float const fromColumn = cellWidth * (static_cast<float>(column) + 0.5f) - query.fromOrigin.x;
+        float const squaredFromColumn = fromColumn * fromColumn;
+        auto const kindOf = [&](int row) {
+            float const fromRow = cellDepth * (static_cast<float>(row) + 0.5f) - query.fromOrigin.z;
+            float const squaredDistance = squaredFromColumn + fromRow * fromRow;
+            if (squaredDistance < query.squaredInner) {
+                return INSIDE;
+            }
+            // Where the distance overflows to what is no number, the members are tested.
+            return squaredDistance > query.squaredOuter ? OUTSIDE : STRADDLING;
+        };
+        std::uint32_t const* const starts =
+            cells.starts.data() + static_cast<std::size_t>(column) * static_cast<std::size_t>(rows);
+        for (int row = query.first.row; row <= query.last.row;) {
+            Kind const kind = kindOf(row);
+            int const firstRow = row;
+            do {
+                ++row;
+            } while (row <= query.last.row && kindOf(row) == kind);
+            Member const* const first = members + starts[firstRow];
+            Member const* const end = members + starts[row];
+            if (kind == INSIDE) {
+                onInside(first, end);
+            } else if (kind == STRADDLING) {
+                onStraddling(first, end);
+            }
+        }
+    }
+}
+
+/// Tests members without a branch on the outcome, which nobody can predict.
+template<class OnFound>
+void GridOrganizer::Test(Member const* first, Member const* end, Query const& query, OnFound const& onFound) {
+    while (first != end) {
+        Member const* const stop = first + std::min(end - first, static_cast<std::ptrdiff_t>(found.size()));
+        std::size_t count = 0;
+        for (; first != stop; ++first) {
+            Point const position = PositionOf(*first);
+            float const x = query.centre.x - position.x;
+            float const z = query.centre.z - position.z;
+            bool const isNear = x * x + z * z < query.squaredRadius;
+            found[count] = *first;
+            count += static_cast<std::size_t>(isNear & (*first != query.exclude));
+        }
+        onFound(found.data(), count);
+    }
+}
+
+void GridOrganizer::Append(MemberSelection& result, Query const& query) {
+    if (cells.members.size() >= PREFETCH_POPULATION) {
+        PrefetchSquare(query);
+    }
+    auto const append = [&result](Member const* first, std::size_t count) { result.AppendRange(first, count); };
+    ForEachRun(
+        query,
+        [&](Member const* first, Member const* end) {
+            Member const* const excluded = query.exclude.IsValid() ? std::find(first, end, query.exclude) : end;
+            append(first, static_cast<std::size_t>(excluded - first));
+            if (excluded != end) {
+                append(excluded + 1, static_cast<std::size_t>(end - excluded - 1));
+            }
+        },
+        [&](Member const* first, Member const* end) { Test(first, end, query, append); });
+}
+
+/// Adds nothing, but the first member that would be added is reported, unless whole cells are added at once.
+void GridOrganizer::AppendToForeign(MemberSelection& result, MemberPool& pool, Query const& query) {
+    auto const report = [&](Member const* first, std::size_t count) {
+        if (count > 0) {
+            result.AddMember(pool, *first);
+        }
+    };
+    ForEachRun(
+        query,
+        [&](Member const* first, Member const* end) {
+            if (query.exclude.IsValid()) {
+                auto const isOther = [&](Member member) { return member != query.exclude; };
+                report(first, static_cast<std::size_t>(std::count_if(first, end, isOther)));
+            }
+        },
+        [&](Member const* first, Member const* end) { Test(first, end, query, report); });
+}
+
+void GridOrganizer::PrefetchSquare(Query const& query) const noexcept {
+    for (int column = query.first.column; column <= query.last.column; ++column) {
+        std::uint32_t const* const starts =
+            cells.starts.data() + static_cast<std::size_t>(column) * static_cast<std::size_t>(rows);
+        for (std::size_t i = starts[query.first.row]; i < starts[query.last.row + 1]; ++i) {
+            Util::PrefetchForReading(cells.members[i].record + positionOffset);
+        }
+    }
+}
+
+} // namespace Gentra

@@ -1,0 +1,48 @@
+// Gentra, copyright the Gentra authors.
+// SPDX-License-Identifier: MIT
+
+#include "gentra/spatial/SpatialRelations.h"
+
+#include "gentra/pools/MemberPool.h"
+#include "gentra/properties/MemberSelection.h"
+#include "gentra/properties/Property.h"
+#include "gentra/spatial/GridOrganizer.h"
+
+namespace Gentra {
+
+SpatialRelations::SpatialRelations(Context& newContext) : context(&newContext) {}
+
+SpatialOrganizer& SpatialRelations::GetSpatialOrganizer(MemberSelection& selection) {
+    auto const found = organizers.find(&selection);
+    if (found == organizers.end()) {
+        return *organizers.emplace(&selection, MakeOrganizer(selection)).first->second;
+    }
+    if (found->second->GetSelection() != &selection) { // but one that had the same address
+        OrganizerPtr const organizer = MakeOrganizer(selection);
+        dropped.push_back(found->second);
+        found->second = organizer;
+    }
+    return *found->second;
+}
+
+SpatialRelations::OrganizerPtr SpatialRelations::MakeOrganizer(MemberSelection& selection) const {
+    MemberPool const* const pool = selection.GetBasePool();
+    auto const organizer = std::make_shared<GridOrganizer>(
+        &selection, context, pool != nullptr ? pool->GetPropertyFromName("Position") : Property::NIL);
+    organizer->Rebuild();
+    organizer->Refresh();
+    return organizer;
+}
+
+void SpatialRelations::Reset() {
+    for (OrganizerPtr const& organizer : dropped) {
+        organizer->ReleaseMemory();
+    }
+    dropped.reserve(dropped.size() + organizers.size());
+    for (auto const& entry : organizers) {
+        dropped.push_back(entry.second);
+    }
+    organizers.clear();
+}
+
+} // namespace Gentra

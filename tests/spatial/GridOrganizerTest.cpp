@@ -1,0 +1,528 @@
+// Gentra, copyright the Gentra authors.
+// SPDX-License-Identifier: MIT
+
+#include "support/Host.h"
+#include "support/MessageLog.h"
+
+#include "../bench/Allocations.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <random>
+
+namespace {
+
+using namespace Gentra;
+using Math::Vec3;
+using Support::MainContext;
+using Support::MessageLog;
+using Support::Pool;
+using Support::PropertyPtr;
+
+constexpr float INF = std::numeric_limits<float>::infinity();
+constexpr float NAN_ = std::numeric_limits<float>::quiet_NaN();
+constexpr float HUGE_ = std::numeric_limits<float>::max();
+
+/// A pool whose members have a position, behind an odd number of other bytes.
+struct Crowd : Pool {
+    explicit Crowd(std::vector<Vec3> const& positions = {}, char const* positionName = "Position") {
+        AddMemberProperty(PropertyPtr(new FixedSizeDataProperty("Odd", 5, nullptr)));
+        AddMemberProperty(position = Support::Vector(positionName));
+        for (Vec3 const& each : positions) {
+            Add(each);
+        }
+    }
+    Member Add(Vec3 const& at) {
+        AddNewMember();
+        Member const member = GetAllMembers().back();
+        Move(member, at);
+        return member;
+    }
+    void Move(Member member, Vec3 const& to) { Datum::Write(member.record + position->GetDataOffset(), to); }
+    Vec3 At(Member member) const { return Datum::Read<Vec3>(member.record + position->GetDataOffset()); }
+    GridOrganizer& Grid() { return Grid(*this); }
+    static GridOrganizer& Grid(MemberSelection& selection) {
+        return dynamic_cast<GridOrganizer&>(MainContext().GetSpatialRelations().GetSpatialOrganizer(selection));
+    }
+
+    PropertyPtr position;
+};
+
+std::vector<Member> Near(SpatialOrganizer& organizer, Vec3 const& centre, float radius, Member exclude = Member::NIL) {
+    MemberSelection result(organizer.GetSelection()->GetBasePool());
+    organizer.GetMembersInRadius(result, centre, radius, exclude);
+    return result.GetAllMembers();
+}
+
+/// Points of a lattice that fills a rectangle at the origin, borders included; y must not count.
+std::vector<Vec3> Lattice(int nx, int nz, float width, float depth) {
+    std::vector<Vec3> points;
+    for (int i = 0; i < nx * nz; ++i) {
+        points.push_back({width * static_cast<float>(i % nx) / static_cast<float>(std::max(nx - 1, 1)),
+                          static_cast<float>(1000 * i),
+                          depth * static_cast<float>(i / nx) / static_cast<float>(std::max(nz - 1, 1))});
+    }
+    return points;
+}
+
+TEST(GridLayout, AimsAtFourMembersACell) {
+    struct Row {
+        std::vector<Vec3> positions;
+        int columns, rows;
+        float cellWidth, cellDepth;
+    };
+    Row const table[] = {
+        {Lattice(10, 10, 10, 10), 5, 6, 2.0f, 10.0f / 6},
+        {Lattice(10, 10, 20, 10), 7, 4, 20.0f / 7, 2.5f},
+        {Lattice(3, 1, 5, 0), 1, 1, 5, 0},
+        {Lattice(100, 1, 13, 0), 26, 1, 0.5f, 0},       // all with one z
+        {Lattice(1, 100, 0, 13), 26, 1, 0, 13},         // all with one x
+        {Lattice(1, 1, 0, 0), 1, 1, 0, 0},              // a point
+        {{}, 1, 1, 0, 0},                               // nobody
+        {Lattice(200, 200, 1e6f, 1), 1000, 1, 1e3f, 1}, // limits
+        {Lattice(200, 200, 1, 1e6f), 11, 1000, 1.0f / 11, 1e3f},
+        {{{NAN_, 0, 1}, {0, 0, 0}, {INF, 0, 0}, {0, 0, -INF}, {4, 0, 2}, {1, 0, NAN_}, {1, 0, 1}, {2, 0, 1}},
+         2, 2, 2, 1}, // only finite positions count for the rectangle
+    };
+    for (Row const& row : table) {
+        Crowd crowd(row.positions);
+        GridOrganizer const& grid = crowd.Grid();
+        SCOPED_TRACE(row.positions.size());
+        EXPECT_EQ(grid.GetColumns(), row.columns);
+        EXPECT_EQ(grid.GetRows(), row.rows);
+        EXPECT_FLOAT_EQ(grid.GetCellWidth(), row.cellWidth);
+        EXPECT_FLOAT_EQ(grid.GetCellDepth(), row.cellDepth);
+    }
+}
+
+TEST(BoundingRectangles, NormalizeWhatTheyHoldAndWhatLiesOutside) {
+    BoundingRect rect;
+    EXPECT_EQ(rect.Normalize(3, 4), std::pair(0.0f, 0.0f));
+    for (auto const& [x, z] : {std::pair(2.0f, 7.0f), {4.0f, 5.0f}, {3.0f, 6.0f}}) {
+        rect.Extend(x, z);
+    }
+    EXPECT_EQ(rect.Normalize(2.5f, 6.0f), std::pair(0.25f, 0.5f));
+    EXPECT_EQ(rect.Normalize(0.0f, 8.0f), std::pair(-1.0f, 1.5f));
+    rect.Reset();
+    EXPECT_TRUE(rect.empty);
+    rect.Extend(1, 1);
+    rect.Extend(1, 5);
+    EXPECT_EQ(rect.Normalize(9, 3), std::pair(0.0f, 0.0f)) << "no width";
+}
+
+/// The same grid written down again in the simplest way: lists of members by cell.
+struct GridModel {
+    explicit GridModel(Crowd& newCrowd) : crowd(newCrowd) {}
+
+    void Rebuild() {
+        std::vector<Member> const& members = crowd.GetAllMembers();
+        minX = maxX = crowd.At(members.front()).x;
+        minZ = maxZ = crowd.At(members.front()).z;
+        for (Member const member : members) {
+            Vec3 const p = crowd.At(member);
+            minX = std::min(minX, p.x), maxX = std::max(maxX, p.x);
+            minZ = std::min(minZ, p.z), maxZ = std::max(maxZ, p.z);
+        }
+        auto const target = static_cast<float>(members.size() / 4);
+        isLine = minX == maxX || minZ == maxZ;
+        rows = isLine ? 1 : std::min(1 + static_cast<int>(std::sqrt(target / ((maxX - minX) / (maxZ - minZ)))), 1000);
+        columns = std::min(1 + static_cast<int>(target / static_cast<float>(rows)), 1000);
+        width = (maxX - minX) / static_cast<float>(columns);
+        depth = (maxZ - minZ) / static_cast<float>(rows);
+    }
+    std::pair<int, int> CellOf(float x, float z) const {
+        if (isLine) {
+            return {0, 0};
+        }
+        float const u = (x - minX) / (maxX - minX) * static_cast<float>(columns);
+        float const v = (z - minZ) / (maxZ - minZ) * static_cast<float>(rows);
+        return {std::clamp(static_cast<int>(u), 0, columns - 1), std::clamp(static_cast<int>(v), 0, rows - 1)};
+    }
+    void Refresh() {
+        cells.assign(static_cast<std::size_t>(columns * rows), {});
+        for (Member const member : crowd.GetAllMembers()) {
+            auto const [column, row] = CellOf(crowd.At(member).x, crowd.At(member).z);
+            cells[static_cast<std::size_t>(column * rows + row)].push_back(member);
+        }
+    }
+    std::vector<Member> Near(Vec3 const& c, float r, Member exclude) const {
+        std::vector<Member> found;
+        auto const [firstColumn, firstRow] = CellOf(c.x - r, c.z - r);
+        auto const [lastColumn, lastRow] = CellOf(c.x + r, c.z + r);
+        float const half = 0.5f * std::sqrt(width * width + depth * depth);
+        float const inner = std::max(r - half, 0.0f);
+        for (int column = firstColumn; column <= lastColumn; ++column) {
+            for (int row = firstRow; row <= lastRow; ++row) {
+                float const dx = width * (static_cast<float>(column) + 0.5f) - (c.x - minX);
+                float const dz = depth * (static_cast<float>(row) + 0.5f) - (c.z - minZ);
+                float const d2 = dx * dx + dz * dz;
+                for (Member const member : cells[static_cast<std::size_t>(column * rows + row)]) {
+                    Vec3 const p = crowd.At(member);
+                    float const distance2 = (c.x - p.x) * (c.x - p.x) + (c.z - p.z) * (c.z - p.z);
+                    bool const isIn =
+                        d2 < inner * inner || (d2 <= (r + half) * (r + half) && distance2 < r * r);
+                    if (isIn && member != exclude) {
+                        found.push_back(member);
+                    }
+                }
+            }
+        }
+        return found;
+    }
+
+    Crowd& crowd;
+    float minX = 0, maxX = 0, minZ = 0, maxZ = 0, width = 0, depth = 0;
+    int columns = 0, rows = 0;
+    bool isLine = true;
+    std::vector<std::vector<Member>> cells;
+};
+
+class GridModelTest : public testing::TestWithParam<unsigned int> {};
+
+TEST_P(GridModelTest, AgreesWithListsByCellAndWithSearchingAll) {
+    std::mt19937 random(GetParam());
+    auto const uniform = [&](float low, float high) {
+        return low + (high - low) * static_cast<float>(random() >> 8) / 16777216.0f;
+    };
+    // Even seeds make crowds of one kind, odd ones clustered; every fourth crowd stands on a line.
+    bool const isClustered = GetParam() % 2 != 0;
+    bool const isLine = GetParam() % 4 == 3;
+    float const scale = std::pow(10.0f, uniform(-3, 5));
+    float const stretch = std::pow(10.0f, uniform(-2, 2));
+    auto const place = [&] {
+        Vec3 at(uniform(-1, 1), uniform(-9, 9), isLine ? 0.25f : uniform(-stretch, stretch));
+        if (isClustered && !isLine) {
+            at.x = at.x * at.x * at.x;
+        }
+        return Vec3(scale * (at.x + 3), at.y, scale * at.z);
+    };
+    Crowd crowd;
+    int const count = 1 + static_cast<int>(random() % 900);
+    for (int i = 0; i < count; ++i) {
+        crowd.Add(place());
+    }
+    GridOrganizer& grid = crowd.Grid();
+    GridModel model(crowd);
+    model.Rebuild();
+    model.Refresh();
+    bool isMoved = false;
+    MemberSelection result(&crowd);
+    for (int step = 0; step < 300; ++step) {
+        std::vector<Member> const& members = crowd.GetAllMembers();
+        Member const one = members[random() % members.size()];
+        switch (random() % 8) {
+        case 0:
+            crowd.Move(one, place());
+            isMoved = true;
+            break;
+        case 1:
+            crowd.Move(one, {scale * uniform(-20, 20), 0, scale * uniform(-20, 20)});
+            isMoved = true;
+            break;
+        case 2:
+            grid.Refresh();
+            model.Refresh();
+            break;
+        case 3:
+            grid.Rebuild();
+            grid.Refresh();
+            model.Rebuild();
+            model.Refresh();
+            isMoved = false;
+            break;
+        default: {
+            Vec3 const centre = random() % 4 == 0 ? crowd.At(one) : place();
+            float const radius = scale * std::pow(10.0f, uniform(-2, 1));
+            Member const exclude = random() % 2 == 0 ? one : Member::NIL;
+            result.Clear();
+            grid.GetMembersInRadius(result, centre, radius, exclude);
+            ASSERT_EQ(result.GetAllMembers(), model.Near(centre, radius, exclude)) << "step " << step;
+            if (isMoved || model.isLine) {
+                break;
+            }
+            std::vector<Member> found = result.GetAllMembers();
+            for (Member const member : members) {
+                double const dx = static_cast<double>(centre.x) - static_cast<double>(crowd.At(member).x);
+                double const dz = static_cast<double>(centre.z) - static_cast<double>(crowd.At(member).z);
+                double const ratio = std::sqrt(dx * dx + dz * dz) / static_cast<double>(radius);
+                bool const isFound = std::find(found.begin(), found.end(), member) != found.end();
+                bool const isOnTheLine = std::abs(ratio - 1) < 1e-4;
+                ASSERT_TRUE(isOnTheLine || isFound == (ratio < 1 && member != exclude)) << "step " << step;
+            }
+        }
+        }
+    }
+    EXPECT_EQ(grid.GetColumns(), model.columns);
+    EXPECT_EQ(grid.GetRows(), model.rows);
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, GridModelTest, testing::Range(0u, 24u));
+
+TEST(GridQueries, AreStrictAndAppend) {
+    Crowd crowd({{0, 0, 0}, {3, 7, 4}, {10, 0, 10}});
+    std::vector<Member> const all = crowd.GetAllMembers();
+    GridOrganizer& grid = crowd.Grid();
+    EXPECT_EQ(Near(grid, {}, 5), (std::vector<Member>{all[0]})) << "exactly at the radius";
+    EXPECT_EQ(Near(grid, {}, std::nextafter(5.0f, 6.0f)), (std::vector<Member>{all[0], all[1]}));
+    EXPECT_EQ(Near(grid, {}, INF), all);
+    EXPECT_EQ(Near(grid, {}, INF, all[1]), (std::vector<Member>{all[0], all[2]}));
+    for (float const none : {0.0f, -1.0f, -INF, NAN_}) {
+        EXPECT_TRUE(Near(grid, {}, none).empty());
+    }
+    MemberSelection result(&crowd);
+    result.AddMember(crowd, all[2]);
+    result.AddMember(crowd, all[2]);
+    result.RemoveMemberByIndex(0); // an edited list is appended to as well
+    grid.GetMembersInRadius(result, {}, 1, Member::NIL);
+    EXPECT_EQ(result.GetAllMembers(), (std::vector<Member>{all[2], all[0]}));
+    grid.GetMembersInRadius(crowd, {}, 1, Member::NIL);
+    EXPECT_EQ(crowd.GetNumMembers(), 4) << "into the organised selection itself";
+    crowd.RemoveAnyMember();
+}
+
+TEST(GridQueries, SurvivePositionsThatAreNoPlaces) {
+    std::vector<Vec3> positions = Lattice(20, 20, 20, 20);
+    Crowd crowd(positions);
+    std::vector<Member> const all = crowd.GetAllMembers();
+    GridOrganizer& grid = crowd.Grid();
+    Vec3 const wild[] = {{NAN_, 0, 5}, {5, 0, NAN_}, {INF, 0, 5}, {-INF, 0, -INF}, {HUGE_, 0, -HUGE_}, {-HUGE_, 0, 1e20f}};
+    for (std::size_t i = 0; i < std::size(wild); ++i) {
+        crowd.Move(all[i * 7], wild[i]);
+    }
+    auto const count = [&](Vec3 const& centre, float radius) {
+        std::size_t found = 0;
+        for (Member const member : all) {
+            Vec3 const p = crowd.At(member);
+            double const dx = static_cast<double>(centre.x) - static_cast<double>(p.x);
+            double const dz = static_cast<double>(centre.z) - static_cast<double>(p.z);
+            found += dx * dx + dz * dz < static_cast<double>(radius) * static_cast<double>(radius) ? 1 : 0;
+        }
+        return found;
+    };
+    for (int round = 0; round < 3; ++round) {
+        SCOPED_TRACE(round);
+        for (Vec3 const& centre : {Vec3(0.1f, 0, 0.1f), Vec3(10.2f, 0, 9.7f), Vec3(-3.1f, 0, 25.3f)}) {
+            // Before they are sorted again whole cells count as they were.
+            std::size_t const near = Near(grid, centre, 4).size();
+            EXPECT_TRUE(round < 2 ? near <= count(centre, 4) + std::size(wild) : near == count(centre, 4));
+        }
+        for (Vec3 const& centre : wild) {
+            for (float const radius : {1.0f, HUGE_, INF}) {
+                EXPECT_LE(Near(grid, centre, radius).size(), all.size());
+            }
+        }
+        if (round == 0) {
+            grid.Refresh();
+            // The infinite are in the border, whoever is no number is in no cell.
+            std::vector<Member> const border = {grid.GetCell(grid.GetColumns() - 1, 2).begin(),
+                                                grid.GetCell(grid.GetColumns() - 1, 2).end()};
+            EXPECT_NE(std::find(border.begin(), border.end(), all[14]), border.end());
+            std::size_t sorted = 0;
+            for (int column = 0; column < grid.GetColumns(); ++column) {
+                for (int row = 0; row < grid.GetRows(); ++row) {
+                    sorted += grid.GetCell(column, row).size();
+                }
+            }
+            EXPECT_EQ(sorted, all.size() - 2);
+            EXPECT_TRUE(grid.GetCell(-1, 0).empty() && grid.GetCell(0, grid.GetRows()).empty());
+        } else {
+            grid.Rebuild();
+            grid.Refresh();
+        }
+    }
+}
+
+TEST(GridQueries, LeaveForeignSelectionsAlone) {
+    Crowd crowd(Lattice(10, 10, 10, 10));
+    crowd.SetName("Crowd");
+    Pool other("Other");
+    GridOrganizer& grid = crowd.Grid();
+    MessageLog const log;
+    MemberSelection result(&other);
+    grid.GetMembersInRadius(result, {5, 0, 5}, INF, Member::NIL);
+    EXPECT_TRUE(MessageLog::Take().empty()) << "whole cells are added silently";
+    grid.GetMembersInRadius(result, {-50, 0, 5}, 10, Member::NIL);
+    EXPECT_TRUE(MessageLog::Take().empty()) << "nobody to add";
+    grid.GetMembersInRadius(result, {5, 0, 5}, 1, Member::NIL);
+    grid.GetMembersInRadius(result, {5, 0, 5}, INF, crowd.GetAllMembers()[0]);
+    EXPECT_EQ(MessageLog::Take(), (Support::Messages{"Error : Can't add Member to MemberSelection. The Members BasePool is "
+                                                     "\"Crowd\" while the MemberSelections BasePool is \"Other\""}));
+    EXPECT_EQ(result.GetNumMembers(), 0);
+}
+
+TEST(GridQueries, AllocateNothingOnceTheirResultWasFilled) {
+    Crowd crowd(Lattice(60, 60, 60, 60));
+    GridOrganizer& grid = crowd.Grid();
+    MemberSelection result(&crowd);
+    auto const queryAll = [&] {
+        for (Member const member : crowd.GetAllMembers()) {
+            result.Clear();
+            grid.GetMembersInRadius(result, crowd.At(member), 10, member);
+            ASSERT_GT(result.GetAllMembers().size(), 70u);
+        }
+    };
+    queryAll();
+    std::size_t const before = Bench::AllocationsSoFar();
+    queryAll();
+    grid.Refresh();
+    EXPECT_EQ(Bench::AllocationsSoFar(), before);
+}
+
+TEST(SpatialOrganizers, UpdateByTheirTimers) {
+    struct Counting : SpatialOrganizer {
+        explicit Counting(MemberSelection& organised) : SpatialOrganizer(&organised, &MainContext(), Property::NIL) {}
+        void GetMembersInRadius(MemberSelection&, Vec3 const&, float, Member) override {}
+        void Rebuild() override { calls += 'b'; }
+        void Refresh() override { calls += 'r'; }
+        std::string calls;
+    };
+    Crowd crowd;
+    Counting organizer(crowd);
+    for (int call = 0; call < 14; ++call) {
+        organizer.Update(0.5f, 2.0f, 0.3f);
+        organizer.calls += '.';
+    }
+    EXPECT_EQ(organizer.calls, ".r..r..r.br..r..r..r.br.");
+    organizer.calls.clear();
+    organizer.Update(0, 0, 0);
+    EXPECT_EQ(organizer.calls, "") << "strictly longer";
+    organizer.Update(0, 9, 0.1f);
+    EXPECT_EQ(organizer.calls, "r");
+}
+
+TEST(SpatialRelation, KeepsOneOrganizerASelectionUntilReset) {
+    Crowd crowd(Lattice(10, 10, 10, 10));
+    MemberSelection half(&crowd);
+    half.AddMembers(crowd, {crowd.GetAllMembers().begin(), crowd.GetAllMembers().begin() + 50});
+    GridOrganizer& grid = crowd.Grid();
+    GridOrganizer& gridOfHalf = Crowd::Grid(half);
+    EXPECT_NE(&grid, &gridOfHalf);
+    EXPECT_EQ(&grid, &crowd.Grid());
+    EXPECT_EQ(grid.GetContext(), &MainContext());
+    EXPECT_EQ(Near(gridOfHalf, {5, 0, 5}, 100).size(), 50u);
+    Support::TestBehaviour const behaviour;
+    EXPECT_EQ(&behaviour.GetSpatialOrganizer(half), &gridOfHalf);
+
+    // Dropped ones go on answering, however often.
+    std::vector<Member> const near = Near(grid, {5, 0, 5}, 2);
+    std::vector<GridOrganizer*> former{&grid};
+    for (int i = 0; i < 4; ++i) {
+        MainContext().GetSpatialRelations().Reset();
+        EXPECT_EQ(std::count(former.begin(), former.end(), &crowd.Grid()), 0);
+        former.push_back(&crowd.Grid());
+        for (GridOrganizer* const each : former) {
+            EXPECT_EQ(Near(*each, {5, 0, 5}, 2), near);
+        }
+    }
+}
+
+TEST(SpatialRelation, TellsASelectionFromAnotherAtItsAddress) {
+    Crowd crowd(Lattice(10, 10, 10, 10));
+    std::optional<MemberSelection> selection(std::in_place, &crowd);
+    selection->AddMember(crowd, crowd.GetAllMembers()[0]);
+    GridOrganizer& first = Crowd::Grid(*selection);
+    selection.reset();
+    EXPECT_EQ(first.GetSelection(), nullptr);
+    first.Rebuild();
+    first.Refresh();
+    selection.emplace(&crowd);
+    selection->AddMembers(crowd, crowd.GetAllMembers());
+    GridOrganizer& second = Crowd::Grid(*selection);
+    EXPECT_NE(&first, &second);
+    EXPECT_EQ(Near(second, {5, 0, 5}, 100).size(), 100u);
+
+    // A selection that its property uses again for another member.
+    Pool holders;
+    Util::RefCountPtr<MemberSelectionProperty> const held(new MemberSelectionProperty("Held"));
+    holders.AddMemberProperty(held);
+    Member const former = holders.CreateNewMember();
+    auto* const ofFormer = Datum::Read<MemberSelection*>(former.record);
+    GridOrganizer& third = Crowd::Grid(*ofFormer);
+    holders.DeleteMember(former);
+    Member const later = holders.CreateNewMember();
+    ASSERT_EQ(Datum::Read<MemberSelection*>(later.record), ofFormer);
+    EXPECT_NE(&Crowd::Grid(*ofFormer), &third);
+}
+
+TEST(SpatialOrganizers, ReadNoRecordWithoutAPosition) {
+    Crowd const noName({{1, 0, 1}}, "Place");
+    Pool wrongType;
+    wrongType.AddMemberProperty(Support::Value("Position"));
+    wrongType.AddNewMember();
+    Crowd hidden({{1, 0, 1}});
+    hidden.AddPoolProperty(Support::Vector("Position"));
+    Pool nobody;
+    MemberSelection noPool(nullptr);
+    Crowd cleared({{1, 0, 1}, {2, 0, 2}});
+    Crowd dying({{1, 0, 1}, {2, 0, 2}});
+    MemberSelection survivor(&dying);
+    survivor.AddMembers(dying, dying.GetAllMembers());
+    auto const pool = std::make_unique<Crowd>(std::vector<Vec3>{{1, 0, 1}});
+    for (MemberSelection* const selection :
+         {static_cast<MemberSelection*>(const_cast<Crowd*>(&noName)), static_cast<MemberSelection*>(&wrongType),
+          static_cast<MemberSelection*>(&hidden), static_cast<MemberSelection*>(&nobody), &noPool}) {
+        GridOrganizer& grid = Crowd::Grid(*selection);
+        MemberSelection result(selection->GetBasePool());
+        grid.GetMembersInRadius(result, {}, INF, Member::NIL);
+        EXPECT_EQ(result.GetNumMembers(), 0);
+        EXPECT_EQ(grid.GetColumns() * grid.GetRows(), 1);
+    }
+
+    // The members of a cleared pool are gone, also when the pool is filled again.
+    GridOrganizer& grid = cleared.Grid();
+    EXPECT_EQ(Near(grid, {}, 100).size(), 2u);
+    cleared.InitializeMemberPool();
+    EXPECT_TRUE(Near(grid, {}, 100).empty());
+    cleared.AddMemberProperty(Support::Value("Odd"));
+    cleared.AddMemberProperty(cleared.position);
+    cleared.Add({1, 0, 1});
+    grid.Rebuild();
+    grid.Refresh();
+    EXPECT_TRUE(Near(grid, {}, 100).empty()) << "the position has moved in the record";
+    EXPECT_EQ(GridOrganizer(&cleared, &MainContext(), cleared.position).GetColumns(), 0);
+    GridOrganizer byHand(&cleared, nullptr, cleared.position);
+    EXPECT_TRUE(Near(byHand, {}, 100).empty()) << "never built";
+    byHand.Refresh();
+    EXPECT_TRUE(Near(byHand, {}, 100).empty());
+    byHand.Update(0, 0, 1);
+    EXPECT_EQ(Near(byHand, {}, 100).size(), 1u);
+
+    GridOrganizer nothing(nullptr, nullptr, PropertyPtr(static_cast<Property*>(nullptr)));
+    nothing.Rebuild();
+    nothing.Refresh();
+    MemberSelection result(nullptr);
+    nothing.GetMembersInRadius(result, {}, 1, Member::NIL);
+    EXPECT_EQ(result.GetNumMembers(), 0);
+}
+
+TEST(SpatialOrganizers, AreMadeAfreshByConstructPasses) {
+    int filler = 0;
+    Support::Constructor const construct([&](MemberPool& pool) {
+        for (int i = 0; i < filler; ++i) {
+            pool.AddMemberProperty(Support::Value(("Filler" + std::to_string(i)).c_str()));
+        }
+        pool.AddMemberProperty(Support::Vector("Position"));
+    });
+    Pool pool;
+    MainContext().ForceConstructAllMemberPools();
+    pool.SetMemberCount(8);
+    GridOrganizer& before = Crowd::Grid(pool);
+    EXPECT_EQ(Near(before, {}, 1).size(), 8u);
+    filler = 3;
+    MainContext().ForceReconstructAllMemberPools();
+    pool.SetMemberCount(5);
+    EXPECT_TRUE(Near(before, {}, 1).empty());
+    GridOrganizer& after = Crowd::Grid(pool);
+    EXPECT_NE(&after, &before);
+    EXPECT_EQ(Near(after, {}, 1).size(), 5u);
+    Pool second;
+    MainContext().ForceConstructAllMemberPools();
+    EXPECT_NE(&Crowd::Grid(pool), &after);
+    Context const copy(MainContext());
+    EXPECT_EQ(&const_cast<Context&>(copy).GetSpatialRelations().GetSpatialOrganizer(pool), &Crowd::Grid(pool));
+}
+
+} // namespace
