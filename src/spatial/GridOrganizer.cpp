@@ -23,8 +23,8 @@ namespace {
 constexpr int MEMBERS_PER_CELL = 4;
 constexpr int MOST_CELLS_IN_LINE = 1000;
 
-/// From this size on the records that a query tests are seldom in a cache.
-constexpr std::size_t PREFETCH_POPULATION = 300'000;
+/// From this size on the records that a query tests are mostly not in the nearest cache.
+constexpr std::size_t PREFETCH_POPULATION = 50'000;
 
 /// The cell of a place between 0 and `count`, cut down to the cells that exist. What is no number is in the
 /// first one. Only a float that fits is converted.
@@ -46,7 +46,7 @@ struct GridOrganizer::Query {
     Point centre;
     float squaredRadius;
     Member exclude;
-    Point fromOrigin; ///< The centre as seen from the corner of the grid.
+    Point fromOrigin;   ///< The centre as seen from the corner of the grid.
     float squaredInner; ///< Cells whose centre is nearer lie wholly inside the circle.
     float squaredOuter; ///< Cells whose centre is farther lie wholly outside.
     Cell first;
@@ -69,9 +69,10 @@ std::size_t GridOrganizer::CellCount() const noexcept {
     return static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows);
 }
 
-GridOrganizer::Point GridOrganizer::PositionOf(Member member) const noexcept {
-    auto const position = Datum::Read<Math::Vec3>(member.record + positionOffset);
-    return {position.x, position.z};
+/// Reads the two floats one by one: copying the vector would take them through memory.
+GridOrganizer::Point GridOrganizer::PositionAt(unsigned char const* position) noexcept {
+    return {Datum::Read<float>(position + offsetof(Math::Vec3, x)),
+            Datum::Read<float>(position + offsetof(Math::Vec3, z))};
 }
 
 GridOrganizer::Cell GridOrganizer::CellAt(Point point) const noexcept {
@@ -88,7 +89,7 @@ void GridOrganizer::Rebuild() {
         std::vector<Member> const& members = selection->GetAllMembers();
         count = members.size();
         for (Member const member : members) {
-            Point const position = PositionOf(member);
+            Point const position = PositionAt(member.record + positionOffset);
             if (std::isfinite(position.x) && std::isfinite(position.z)) {
                 bounds.Extend(position.x, position.z);
             }
@@ -129,7 +130,7 @@ void GridOrganizer::Refresh() {
     starts.assign(nowhere + 3, 0);
     cells.cellOf.resize(members.size());
     for (std::size_t i = 0; i < members.size(); ++i) {
-        Point const position = PositionOf(members[i]);
+        Point const position = PositionAt(members[i].record + positionOffset);
         Cell const at = CellAt(position);
         std::size_t const cell =
             static_cast<std::size_t>(at.column) * static_cast<std::size_t>(rows) + static_cast<std::size_t>(at.row);
@@ -222,18 +223,25 @@ void GridOrganizer::ForEachRun(Query const& query, OnInside const& onInside, OnS
 /// Tests members without a branch on the outcome, which nobody can predict.
 template<class OnFound>
 void GridOrganizer::Test(Member const* first, Member const* end, Query const& query, OnFound const& onFound) {
+    // Copies, which cannot change while members are written down.
+    Point const centre = query.centre;
+    float const squaredRadius = query.squaredRadius;
+    Member const exclude = query.exclude;
+    std::ptrdiff_t const offset = positionOffset;
+    Member* const scratch = found.data();
     while (first != end) {
         Member const* const stop = first + std::min(end - first, static_cast<std::ptrdiff_t>(found.size()));
         std::size_t count = 0;
         for (; first != stop; ++first) {
-            Point const position = PositionOf(*first);
-            float const x = query.centre.x - position.x;
-            float const z = query.centre.z - position.z;
-            bool const isNear = x * x + z * z < query.squaredRadius;
-            found[count] = *first;
-            count += static_cast<std::size_t>(isNear & (*first != query.exclude));
+            Member const member = *first;
+            Point const position = PositionAt(member.record + offset);
+            float const x = centre.x - position.x;
+            float const z = centre.z - position.z;
+            bool const isNear = x * x + z * z < squaredRadius;
+            scratch[count] = member;
+            count += static_cast<std::size_t>(isNear & (member != exclude));
         }
-        onFound(found.data(), count);
+        onFound(scratch, count);
     }
 }
 
@@ -273,9 +281,18 @@ void GridOrganizer::AppendToForeign(MemberSelection& result, MemberPool& pool, Q
 }
 
 void GridOrganizer::PrefetchSquare(Query const& query) const noexcept {
+    auto const startsOf = [this](int column) {
+        return cells.starts.data() + static_cast<std::size_t>(column) * static_cast<std::size_t>(rows);
+    };
     for (int column = query.first.column; column <= query.last.column; ++column) {
-        std::uint32_t const* const starts =
-            cells.starts.data() + static_cast<std::size_t>(column) * static_cast<std::size_t>(rows);
+        Util::PrefetchForReading(startsOf(column) + query.first.row);
+    }
+    for (int column = query.first.column; column <= query.last.column; ++column) {
+        Util::PrefetchForReading(cells.members.data() + startsOf(column)[query.first.row]);
+        Util::PrefetchForReading(cells.members.data() + startsOf(column)[query.last.row + 1]);
+    }
+    for (int column = query.first.column; column <= query.last.column; ++column) {
+        std::uint32_t const* const starts = startsOf(column);
         for (std::size_t i = starts[query.first.row]; i < starts[query.last.row + 1]; ++i) {
             Util::PrefetchForReading(cells.members[i].record + positionOffset);
         }

@@ -85,7 +85,10 @@ TEST(GridLayout, AimsAtFourMembersACell) {
         {Lattice(200, 200, 1e6f, 1), 1000, 1, 1e3f, 1}, // limits
         {Lattice(200, 200, 1, 1e6f), 11, 1000, 1.0f / 11, 1e3f},
         {{{NAN_, 0, 1}, {0, 0, 0}, {INF, 0, 0}, {0, 0, -INF}, {4, 0, 2}, {1, 0, NAN_}, {1, 0, 1}, {2, 0, 1}},
-         2, 2, 2, 1}, // only finite positions count for the rectangle
+         2,
+         2,
+         2,
+         1}, // only finite positions count for the rectangle
     };
     for (Row const& row : table) {
         Crowd crowd(row.positions);
@@ -162,8 +165,7 @@ struct GridModel {
                 for (Member const member : cells[static_cast<std::size_t>(column * rows + row)]) {
                     Vec3 const p = crowd.At(member);
                     float const distance2 = (c.x - p.x) * (c.x - p.x) + (c.z - p.z) * (c.z - p.z);
-                    bool const isIn =
-                        d2 < inner * inner || (d2 <= (r + half) * (r + half) && distance2 < r * r);
+                    bool const isIn = d2 < inner * inner || (d2 <= (r + half) * (r + half) && distance2 < r * r);
                     if (isIn && member != exclude) {
                         found.push_back(member);
                     }
@@ -288,7 +290,8 @@ TEST(GridQueries, SurvivePositionsThatAreNoPlaces) {
     Crowd crowd(positions);
     std::vector<Member> const all = crowd.GetAllMembers();
     GridOrganizer& grid = crowd.Grid();
-    Vec3 const wild[] = {{NAN_, 0, 5}, {5, 0, NAN_}, {INF, 0, 5}, {-INF, 0, -INF}, {HUGE_, 0, -HUGE_}, {-HUGE_, 0, 1e20f}};
+    Vec3 const wild[] = {{NAN_, 0, 5},    {5, 0, NAN_},       {INF, 0, 5},
+                         {-INF, 0, -INF}, {HUGE_, 0, -HUGE_}, {-HUGE_, 0, 1e20f}};
     for (std::size_t i = 0; i < std::size(wild); ++i) {
         crowd.Move(all[i * 7], wild[i]);
     }
@@ -348,8 +351,9 @@ TEST(GridQueries, LeaveForeignSelectionsAlone) {
     EXPECT_TRUE(MessageLog::Take().empty()) << "nobody to add";
     grid.GetMembersInRadius(result, {5, 0, 5}, 1, Member::NIL);
     grid.GetMembersInRadius(result, {5, 0, 5}, INF, crowd.GetAllMembers()[0]);
-    EXPECT_EQ(MessageLog::Take(), (Support::Messages{"Error : Can't add Member to MemberSelection. The Members BasePool is "
-                                                     "\"Crowd\" while the MemberSelections BasePool is \"Other\""}));
+    EXPECT_EQ(MessageLog::Take(),
+              (Support::Messages{"Error : Can't add Member to MemberSelection. The Members BasePool is "
+                                 "\"Crowd\" while the MemberSelections BasePool is \"Other\""}));
     EXPECT_EQ(result.GetNumMembers(), 0);
 }
 

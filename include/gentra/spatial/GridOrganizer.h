@@ -67,7 +67,7 @@ private:
     };
     struct Query;
 
-    [[nodiscard]] Point PositionOf(Member member) const noexcept;
+    [[nodiscard]] static Point PositionAt(unsigned char const* position) noexcept;
     [[nodiscard]] Cell CellAt(Point point) const noexcept;
     [[nodiscard]] std::size_t CellCount() const noexcept;
     template<class OnInside, class OnStraddling>
@@ -87,8 +87,8 @@ private:
     std::int32_t rows = 0;
     float cellWidth = 0.0f;
     float cellDepth = 0.0f;
-    unsigned int timesCleared = 0;  ///< By the pool, as of the last Refresh().
-    bool released = false;          ///< Whether ReleaseMemory() has taken the cells.
+    unsigned int timesCleared = 0; ///< By the pool, as of the last Refresh().
+    bool released = false;         ///< Whether ReleaseMemory() has taken the cells.
     std::array<Member, 256> found; ///< Scratch of a query.
 };
 
