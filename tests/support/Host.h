@@ -35,7 +35,7 @@ private:
 };
 
 /// Fills each pool that is being constructed.
-class Constructor : public Listener {
+class Constructor final : public Listener {
 public:
     explicit Constructor(std::function<void(Gentra::MemberPool&)> fill)
         : Listener(Gentra::MemberPool::EVENT_CONSTRUCT,
