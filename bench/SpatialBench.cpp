@@ -174,9 +174,7 @@ private:
         float x, z;
         Member member;
     };
-    [[nodiscard]] int Column(float x) const {
-        return std::clamp(static_cast<int>((x - minX) / width), 0, columns - 1);
-    }
+    [[nodiscard]] int Column(float x) const { return std::clamp(static_cast<int>((x - minX) / width), 0, columns - 1); }
     [[nodiscard]] int Row(float z) const { return std::clamp(static_cast<int>((z - minZ) / depth), 0, rows - 1); }
     [[nodiscard]] std::size_t Index(int column, int row) const {
         return static_cast<std::size_t>(column) * static_cast<std::size_t>(rows) + static_cast<std::size_t>(row);
@@ -366,8 +364,7 @@ void Register() {
     for (Kind const kind : {UNIFORM, CLUSTERED}) {
         for (int const count : {1000, 10'000, 100'000, 1'000'000}) {
             bool const isLarge = count > 100'000;
-            std::string const crowd =
-                std::string(kind == UNIFORM ? "uniform " : "clustered ") + std::to_string(count);
+            std::string const crowd = std::string(kind == UNIFORM ? "uniform " : "clustered ") + std::to_string(count);
             std::string const arguments = "/" + std::to_string(kind) + "/" + std::to_string(count);
             for (int const neighbours : {8, 30, 100}) {
                 std::pair<char const*, void (*)(benchmark::State&)> const variants[] = {

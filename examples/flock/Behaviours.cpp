@@ -1,40 +1,44 @@
 // Gentra, copyright the Gentra authors.
 // SPDX-License-Identifier: MIT
 
+// Separation, alignment and cohesion: C. Reynolds, Flocks, herds and schools: a distributed behavioral model,
+// Computer Graphics 21 (1987), 25-34.
+
 #include "Behaviours.h"
 
-#include <gentra/gentra.h>
+#include "../support/Building.h"
 
+#include <algorithm>
 #include <cmath>
-#include <random>
 
 namespace Flock {
 
 namespace {
 
 using namespace Gentra;
+using Example::Read;
 using Math::Vec3;
 
-std::mt19937 randomNumbers;
-
-float Random(float low, float high) {
-    // By hand: the standard's distributions differ between libraries.
-    return low + (high - low) * (static_cast<float>(randomNumbers() >> 8) / 16777216.0f);
-}
+Example::Random randomNumbers;
 
 float Length(Vec3 const& v) {
     return std::sqrt(v.x * v.x + v.z * v.z);
+}
+void AddScaled(Vec3& sum, Vec3 const& v, float factor) {
+    sum.x += factor * v.x;
+    sum.z += factor * v.z;
 }
 
 /// What all behaviours of birds work on: shared by name, so each bird has one of each.
 class BirdBehaviour : public Behaviour {
 protected:
-    enum Link { POSITION, VELOCITY, FIRST_OWN };
+    enum Link { POSITION, VELOCITY, STEERING, FIRST_OWN };
 
     explicit BirdBehaviour(char const* newName) {
         SetBehaviourName(newName);
         MemberVec3(POSITION, "Position", SHARED_INTRINSIC, {});
         MemberVec3(VELOCITY, "Velocity", SHARED_INTRINSIC, {});
+        MemberVec3(STEERING, "Steering", SHARED_INTRINSIC, {});
     }
     /// Makes the pool's active member the one in work.
     void TakeMember() { member = GetOwnerPool()->ActiveMember(); }
@@ -49,49 +53,99 @@ public:
         float const half = 0.5f * ReadFlexibleValue(FIRST_OWN);
         for (Member const& each : members) {
             member = each;
-            UseMemberVec3(POSITION) = {Random(-half, half), Random(0, half), Random(-half, half)};
-            UseMemberVec3(VELOCITY) = {Random(-1, 1), 0, Random(-1, 1)};
+            UseMemberVec3(POSITION) = {randomNumbers.Uniform(-half, half), 0, randomNumbers.Uniform(-half, half)};
+            UseMemberVec3(VELOCITY) = {randomNumbers.Uniform(-1, 1), 0, randomNumbers.Uniform(-1, 1)};
         }
     }
 };
 
-/// Pulls a bird to a leader of its own choice, and aside with the wind.
-class Steer : public BirdBehaviour {
+/// Keeps a bird near its neighbours, on their course and out of their way.
+class Gather : public BirdBehaviour {
 public:
-    Steer() : BirdBehaviour("Steer") {
-        FlexibleMemberSelection(FIRST_OWN, "Leaders");
-        FlexibleVec3(FIRST_OWN + 1, "Wind");
-        MemberValue(FIRST_OWN + 2, "Favourite", UNIQUE_INTRINSIC, -1);
-    }
-    bool TriggerLiveBehaviour() override {
-        TakeMember();
-        Vec3& velocity = UseMemberVec3(VELOCITY);
-        Vec3 const wind = ReadFlexibleVec3(FIRST_OWN + 1);
-        velocity.x += 0.01f * wind.x;
-        velocity.z += 0.01f * wind.z;
+    Gather() : BirdBehaviour("Gather") { FlexibleValue(FIRST_OWN, "TimeStep"); }
 
-        MemberSelection& leaders = UseFlexibleConstMemberSelection(FIRST_OWN);
-        Property* const leaderPosition = GetPropertyByName("Position", leaders);
-        float& favourite = UseMemberValue(FIRST_OWN + 2);
-        if (favourite < 0) {
-            favourite = std::floor(Random(0, static_cast<float>(leaders.GetNumMembers())));
+    void ProcessMembers(std::vector<Member>& members, Member&) override {
+        SpatialOrganizer& organizer = GetSpatialOrganizer(*GetOwnerPool());
+        organizer.Update(0, 1, ReadFlexibleValue(FIRST_OWN)); // sorted each frame, with a new grid each second
+        MemberSelection neighbours(GetOwnerPool());
+        Basic_Parameter const positionOf = fastParams[POSITION];
+        Basic_Parameter const velocityOf = fastParams[VELOCITY];
+        for (Member const& each : members) {
+            auto const position = Read<Vec3>(each, positionOf);
+            neighbours.Clear();
+            organizer.GetMembersInRadius(neighbours, position, SIGHT, each);
+            std::vector<Member> const& seen = neighbours.GetAllMembers();
+            Vec3 apart;
+            Vec3 course;
+            Vec3 middle;
+            for (Member const neighbour : seen) {
+                auto const other = Read<Vec3>(neighbour, positionOf);
+                Vec3 const way(position.x - other.x, 0, position.z - other.z);
+                float const squared = way.x * way.x + way.z * way.z;
+                float const crowding = std::max(ROOM * ROOM / (squared + 0.01f) - 1, 0.0f);
+                AddScaled(apart, way, crowding);
+                AddScaled(course, Read<Vec3>(neighbour, velocityOf), 1);
+                AddScaled(middle, way, -1);
+            }
+            member = each;
+            Vec3& steering = UseMemberVec3(STEERING) = {};
+            if (!seen.empty()) {
+                float const share = 1 / static_cast<float>(seen.size());
+                Vec3 const& velocity = UseMemberVec3(VELOCITY);
+                AddScaled(steering, apart, SEPARATION);
+                AddScaled(steering, {share * course.x - velocity.x, 0, share * course.z - velocity.z}, ALIGNMENT);
+                AddScaled(steering, middle, COHESION * share);
+            }
         }
-        Member const leader = UseMemberInSelection(leaders, static_cast<int>(favourite));
-        if (leaderPosition == nullptr || !leader.IsValid()) {
-            return true;
-        }
-        Vec3 const& position = UseMemberVec3(POSITION);
-        Vec3 const& target = UseMemberVectorFromProperty(*leaderPosition, leader);
-        Vec3 const way(target.x - position.x, 0, target.z - position.z);
-        float const distance = Length(way);
-        if (distance > 0) {
-            // Towards the leader from afar, around it when near.
-            float const pull = distance > 12 ? 0.12f : -0.04f;
-            velocity.x += (pull * way.x - 0.10f * way.z) / distance;
-            velocity.z += (pull * way.z + 0.10f * way.x) / distance;
-        }
-        return true;
     }
+
+private:
+    static constexpr float SIGHT = 2.0f; // how far a bird looks
+    static constexpr float ROOM = 0.6f;  // that it wants for itself
+    static constexpr float SEPARATION = 6.0f;
+    static constexpr float ALIGNMENT = 2.0f;
+    static constexpr float COHESION = 3.0f;
+};
+
+/// Drives a bird off hawks, and aside with the wind.
+class Flee : public BirdBehaviour {
+public:
+    Flee() : BirdBehaviour("Flee") {
+        FlexibleMemberSelection(FIRST_OWN, "Hawks");
+        FlexibleVec3(FIRST_OWN + 1, "Wind");
+        MemberValue(FIRST_OWN + 2, "Courage", UNIQUE_INTRINSIC, -1);
+    }
+
+    void ProcessMembers(std::vector<Member>& members, Member&) override {
+        MemberSelection& hawks = UseFlexibleConstMemberSelection(FIRST_OWN);
+        Property* const hawkPosition = GetPropertyByName("Position", hawks);
+        Vec3 const wind = ReadFlexibleVec3(FIRST_OWN + 1);
+        for (Member const& each : members) {
+            member = each;
+            Vec3& steering = UseMemberVec3(STEERING);
+            AddScaled(steering, wind, 1);
+            float& courage = UseMemberValue(FIRST_OWN + 2);
+            if (courage < 0) {
+                courage = randomNumbers.Uniform(0, 3);
+            }
+            if (hawkPosition == nullptr) {
+                continue;
+            }
+            Vec3 const& position = UseMemberVec3(POSITION);
+            for (Member const hawk : hawks.GetAllMembers()) {
+                Vec3 const& danger = UseMemberVectorFromProperty(*hawkPosition, hawk);
+                Vec3 const way(position.x - danger.x, 0, position.z - danger.z);
+                float const distance = Length(way);
+                if (distance > 0 && distance < FEAR - courage) {
+                    AddScaled(steering, way, PANIC / distance);
+                }
+            }
+        }
+    }
+
+private:
+    static constexpr float FEAR = 8.0f; // distance at which the most timid bird flees
+    static constexpr float PANIC = 30.0f;
 };
 
 /// Turns a tired bird towards home. Passive: it does not handle triggers itself, so its pool runs it on the
@@ -106,10 +160,7 @@ public:
             member = each;
             Vec3 const& position = UseMemberVec3(POSITION);
             Vec3 const way(home.x - position.x, 0, home.z - position.z);
-            float const distance = Length(way);
-            if (distance > 0) {
-                UseMemberVec3(VELOCITY) = {2.5f * way.x / distance, 0, 2.5f * way.z / distance};
-            }
+            AddScaled(UseMemberVec3(STEERING), way, 8 / std::max(Length(way), 1.0f));
         }
     }
 };
@@ -131,7 +182,7 @@ public:
         TakeMember();
         float& strength = UseMemberValue(FIRST_OWN + 1);
         if (strength < 1) {
-            strength += Random(0, 900);
+            strength += randomNumbers.Uniform(0, 4000);
         }
         strength -= 1;
         if (strength < 60) {
@@ -142,75 +193,69 @@ public:
     }
 };
 
-/// Moves by the velocity, which it limits, and stays inside the box.
-class Fly : public BirdBehaviour {
+/// Circles on a course that changes now and then.
+class Hunt : public BirdBehaviour {
 public:
-    explicit Fly(char const* newName = "Fly", float newLimit = 4.0f) : BirdBehaviour(newName), limit(newLimit) {
-        FlexibleValue(FIRST_OWN, "TimeElapsed");
-        FlexibleValue(FIRST_OWN + 1, "Box");
-    }
+    Hunt() : BirdBehaviour("Hunt") { MemberValue(FIRST_OWN, "Course", SHARED_INTRINSIC, 0); }
+
     bool TriggerLiveBehaviour() override {
         TakeMember();
-        Vec3& velocity = UseMemberVec3(VELOCITY);
-        Vec3& position = UseMemberVec3(POSITION);
-        float const speed = Length(velocity);
-        if (speed > limit) {
-            velocity.x *= limit / speed;
-            velocity.z *= limit / speed;
-        }
-        // Frames come as fast as the machine makes them; the example's clock ticks at least every hundredth
-        // second.
-        float const step = std::fmax(ReadFlexibleValue(FIRST_OWN), 0.01f) * 2.0f;
-        float const half = 0.5f * ReadFlexibleValue(FIRST_OWN + 1);
-        Advance(position.x, velocity.x, step, half);
-        Advance(position.z, velocity.z, step, half);
+        float& course = UseMemberValue(FIRST_OWN);
+        course += randomNumbers.Uniform(-0.15f, 0.15f);
+        UseMemberVec3(STEERING) = {12 * std::cos(course), 0, 12 * std::sin(course)};
         return true;
+    }
+};
+
+/// Moves by velocity and steering, not faster than the limit, and turns back at the edge of the box.
+class Fly : public BirdBehaviour {
+public:
+    Fly() : BirdBehaviour("Fly") {
+        FlexibleValue(FIRST_OWN, "TimeStep");
+        FlexibleValue(FIRST_OWN + 1, "Box");
+        FlexibleValue(FIRST_OWN + 2, "Limit");
+    }
+
+    void ProcessMembers(std::vector<Member>& members, Member&) override {
+        float const step = ReadFlexibleValue(FIRST_OWN);
+        float const half = 0.5f * ReadFlexibleValue(FIRST_OWN + 1);
+        float const limit = ReadFlexibleValue(FIRST_OWN + 2);
+        for (Member const& each : members) {
+            member = each;
+            Vec3& velocity = UseMemberVec3(VELOCITY);
+            Vec3& position = UseMemberVec3(POSITION);
+            AddScaled(velocity, UseMemberVec3(STEERING), step);
+            velocity.x += step * TurnBack(position.x, half);
+            velocity.z += step * TurnBack(position.z, half);
+            float const speed = std::max(Length(velocity), 0.01f);
+            float const wanted = std::clamp(speed, 0.6f * limit, limit);
+            velocity.x *= wanted / speed;
+            velocity.z *= wanted / speed;
+            AddScaled(position, velocity, step);
+            position.x = std::clamp(position.x, -half, half);
+            position.z = std::clamp(position.z, -half, half);
+        }
     }
 
 private:
-    static void Advance(float& coordinate, float& speed, float step, float half) {
-        coordinate += speed * step;
-        if (coordinate < -half || coordinate > half) {
-            coordinate = coordinate < 0 ? -half : half;
-            speed = -speed;
-        }
+    static float TurnBack(float coordinate, float half) {
+        constexpr float MARGIN = 6.0f;
+        float const beyond = std::fabs(coordinate) - (half - MARGIN);
+        return beyond > 0 ? std::copysign(4 * beyond, -coordinate) : 0;
     }
-    float limit;
-};
-
-/// Flies, and turns now and then.
-class Lead : public Fly {
-public:
-    Lead() : Fly("Lead", 6.0f) { MemberValue(FIRST_OWN + 2, "Course", SHARED_INTRINSIC, 0); }
-
-    bool TriggerLiveBehaviour() override {
-        TakeMember();
-        float& course = UseMemberValue(FIRST_OWN + 2);
-        course += Random(-0.15f, 0.15f);
-        Vec3& velocity = UseMemberVec3(VELOCITY);
-        velocity.x += 0.4f * std::cos(course);
-        velocity.z += 0.4f * std::sin(course);
-        return Fly::TriggerLiveBehaviour();
-    }
-};
-
-template<class Kind>
-class Factory : public BehaviourFactory {
-public:
-    explicit Factory(char const* newName) : BehaviourFactory(newName) { Init(); }
-    Util::RefCountPtr<Behaviour> CreateBehaviour() override { return new Kind; }
 };
 
 } // namespace
 
 void RegisterBehaviours(std::uint32_t seed) {
-    randomNumbers.seed(seed);
-    static Factory<Settle> const settle("Settle");
-    static Factory<Steer> const steer("Steer");
-    static Factory<Home> const home("Home");
-    static Factory<Rest> const rest("Rest");
-    static Factory<Fly> const fly("Fly");
-    static Factory<Lead> const lead("Lead");
+    randomNumbers.Seed(seed);
+    static Example::Factory<Settle> const settle("Settle");
+    static Example::Factory<Gather> const gather("Gather");
+    static Example::Factory<Flee> const flee("Flee");
+    static Example::Factory<Home> const home("Home");
+    static Example::Factory<Rest> const rest("Rest");
+    static Example::Factory<Hunt> const hunt("Hunt");
+    static Example::Factory<Fly> const fly("Fly");
 }
 
 } // namespace Flock

@@ -119,9 +119,16 @@ TEST(Paths, WalkByActiveMembersAndByIndices) {
     EXPECT_EQ(Map::ValueAt(path.GetDestinationPropertyDataNoIndices()), 123);
 
     for (auto const& [indices, value] :
-         std::map<std::vector<int>, float>{{{0, 0, 0}, 0},   {{1, 1, 2}, 112}, {{0, 2, 3}, 23},  {{2, 0, 0}, -1},
-                                           {{0, 3, 0}, -1},  {{0, 0, 4}, -1},  {{-1, -1, -1}, 123}, {{}, -1},
-                                           {{1}, -1}, {{1, std::numeric_limits<int>::max(), 0}, -1},
+         std::map<std::vector<int>, float>{{{0, 0, 0}, 0},
+                                           {{1, 1, 2}, 112},
+                                           {{0, 2, 3}, 23},
+                                           {{2, 0, 0}, -1},
+                                           {{0, 3, 0}, -1},
+                                           {{0, 0, 4}, -1},
+                                           {{-1, -1, -1}, 123},
+                                           {{}, -1},
+                                           {{1}, -1},
+                                           {{1, std::numeric_limits<int>::max(), 0}, -1},
                                            {{std::numeric_limits<int>::min(), 2, 0}, 120}}) {
         path.GetIndicesForManipulation() = indices;
         SCOPED_TRACE(testing::PrintToString(indices));
@@ -250,7 +257,8 @@ TEST(Paths, FailWhereAnIDLeadsNowhere) {
         EXPECT_EQ(Saved(path), text.str() + '\0');
         MessageLog const log;
         EXPECT_EQ(path.ResolvePathIfNeccessary(), row.resolves);
-        EXPECT_EQ(MessageLog::Take(), row.resolves ? Support::Messages{} : Support::Messages{"Path could not be resolved"});
+        EXPECT_EQ(MessageLog::Take(),
+                  row.resolves ? Support::Messages{} : Support::Messages{"Path could not be resolved"});
         if (!row.resolves) {
             EXPECT_EQ(NameOf(path), "Path not resolved");
             EXPECT_EQ(path.GetDestinationMemberSelectionNoIndices(), nullptr);
@@ -394,10 +402,12 @@ TEST(PathText, HoldsSeveralPathsInARow) {
     Path const empty;
     Path root;
     root.SetRootMemberPoolID(-5);
-    for (Path const* const path : {&empty, static_cast<Path const*>(&map.path), &empty, static_cast<Path const*>(&root)}) {
+    for (Path const* const path :
+         {&empty, static_cast<Path const*>(&map.path), &empty, static_cast<Path const*>(&root)}) {
         path->SaveToStream(stream);
     }
-    for (Path const* const path : {&empty, static_cast<Path const*>(&map.path), &empty, static_cast<Path const*>(&root)}) {
+    for (Path const* const path :
+         {&empty, static_cast<Path const*>(&map.path), &empty, static_cast<Path const*>(&root)}) {
         Path loaded;
         loaded.LoadFromStream(stream);
         EXPECT_EQ(Saved(loaded), Saved(*path));
@@ -421,7 +431,9 @@ TEST_P(PathModel, AgreesWithWhatThereIs) {
     std::vector<std::unique_ptr<BuiltPool>> pools;
     std::vector<SelectionPtr> levels;
     std::vector<PropertyPtr> ends;
-    auto const some = [&](auto const& list) -> auto& { return list[below(list.size())]; };
+    auto const some = [&](auto const& list) -> auto& {
+        return list[below(list.size())];
+    };
     auto const grow = [&] {
         pools.push_back(std::make_unique<BuiltPool>());
         Pool& pool = *pools.back();
@@ -439,7 +451,8 @@ TEST_P(PathModel, AgreesWithWhatThereIs) {
         for (auto const& each : pools) { // fills some of the selections
             for (int i = 0; i < each->GetNumMembers(); ++i) {
                 SelectionPtr const property = each->GetPropertyFromName("Level").DynamicCast<MemberSelectionProperty>();
-                MemberSelection* const selection = property.Get() != nullptr ? property->GetMemberSelection(*each, i) : nullptr;
+                MemberSelection* const selection =
+                    property.Get() != nullptr ? property->GetMemberSelection(*each, i) : nullptr;
                 MemberPool* const base = selection != nullptr ? selection->GetBasePool() : nullptr;
                 if (base != nullptr && base->GetNumMembers() > 0 && below(2) == 0) {
                     selection->AddMember(*base, base->GetMemberByIndex(0));
@@ -528,8 +541,7 @@ TEST_P(PathModel, AgreesWithWhatThereIs) {
         if (expected == nullptr || definition.end == Property::NIL) {
             ASSERT_EQ(datum, nullptr);
         } else if (definition.end->GetOwnerPool() == expected->GetBasePool()) {
-            Member const member =
-                usingIndices ? expected->GetMemberByIndex(indices.back()) : expected->ActiveMember();
+            Member const member = usingIndices ? expected->GetMemberByIndex(indices.back()) : expected->ActiveMember();
             ASSERT_EQ(datum, member.IsValid() ? member.record + definition.end->GetDataOffset() : nullptr);
         }
     }
