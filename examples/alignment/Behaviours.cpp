@@ -87,7 +87,9 @@ private:
         float const side = ReadFlexibleValue(SIDE);
         float const radius = ReadFlexibleValue(FIRST_OWN);
         auto const beyond = [&](float coordinate) {
-            return coordinate < radius ? coordinate + side : coordinate > side - radius ? coordinate - side : coordinate;
+            return coordinate < radius          ? coordinate + side
+                   : coordinate > side - radius ? coordinate - side
+                                                : coordinate;
         };
         float const x = beyond(position.x);
         float const z = beyond(position.z);

@@ -88,8 +88,8 @@ int Main(Options const& options) {
                     simulation.Step();
                     sum += step >= 0 ? simulation.Order() : 0;
                 }
-                csv << crowd.particles << ',' << crowd.side << ',' << noise << ',' << seed << ','
-                    << sum / options.steps << '\n';
+                csv << crowd.particles << ',' << crowd.side << ',' << noise << ',' << seed << ',' << sum / options.steps
+                    << '\n';
                 for (int panel = 0; panel < 3; ++panel) {
                     if (crowd.particles == CROWDS[2].particles && seed == 1 && noise == DRAWN[panel]) {
                         DrawPanel(canvas, panel, simulation, crowd.side, noise);

@@ -19,12 +19,12 @@ using namespace Gentra;
 using Example::Read;
 using Math::Vec3;
 
-constexpr float MASS = 80.0f;                 // kg
-constexpr float RELAXATION_TIME = 0.5f;       // s, to reach the desired velocity
-constexpr float REPULSION = 2000.0f;          // A, in N: keeping one's distance
-constexpr float REPULSION_RANGE = 0.08f;      // B, in m
-constexpr float BODY_STIFFNESS = 1.2e5f;      // k, in kg/s^2: bodies that are pressed
-constexpr float SLIDING_FRICTION = 2.4e5f;    // kappa, in kg/(m s): bodies that slide along each other
+constexpr float MASS = 80.0f;              // kg
+constexpr float RELAXATION_TIME = 0.5f;    // s, to reach the desired velocity
+constexpr float REPULSION = 2000.0f;       // A, in N: keeping one's distance
+constexpr float REPULSION_RANGE = 0.08f;   // B, in m
+constexpr float BODY_STIFFNESS = 1.2e5f;   // k, in kg/s^2: bodies that are pressed
+constexpr float SLIDING_FRICTION = 2.4e5f; // kappa, in kg/(m s): bodies that slide along each other
 /// Beyond this distance of centres, in m, less than a tenth of a newton is left.
 constexpr float REACH = 1.5f;
 
@@ -87,7 +87,8 @@ private:
 
     bool IsFree(Vec3 const& place, float radius) {
         // The construction behaviour has no pool of its own; the people are those who came before.
-        std::vector<Member> const& others = ContextManager::GetMainContext().GetMemberPoolFromName("People")->GetAllMembers();
+        std::vector<Member> const& others =
+            ContextManager::GetMainContext().GetMemberPoolFromName("People")->GetAllMembers();
         return std::none_of(others.begin(), others.end(), [&](Member other) {
             auto const position = Read<Vec3>(other, fastParams[POSITION]);
             float const distance = radius + Read<float>(other, fastParams[RADIUS]);

@@ -51,8 +51,11 @@ void DrawPanel(Example::Canvas& canvas, int panel, Escape::Simulation& simulatio
     auto const low = static_cast<double>(Escape::DOOR_LOW);
     auto const high = static_cast<double>(Escape::DOOR_HIGH);
     cairo_move_to(cairo, side + 0.07, low);
-    for (auto const& [x, z] :
-         {std::pair(side + 0.07, -0.07), {-0.07, -0.07}, {-0.07, side + 0.07}, {side + 0.07, side + 0.07}, {side + 0.07, high}}) {
+    for (auto const& [x, z] : {std::pair(side + 0.07, -0.07),
+                               {-0.07, -0.07},
+                               {-0.07, side + 0.07},
+                               {side + 0.07, side + 0.07},
+                               {side + 0.07, high}}) {
         cairo_line_to(cairo, x, z);
     }
     cairo_stroke(cairo);
