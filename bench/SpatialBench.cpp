@@ -363,6 +363,7 @@ void BuildKdTree(benchmark::State& state) {
 void Register() {
     for (Kind const kind : {UNIFORM, CLUSTERED}) {
         for (int const count : {1000, 10'000, 100'000, 1'000'000}) {
+            bool const isSmall = count < 10'000;
             bool const isLarge = count > 100'000;
             std::string const crowd = std::string(kind == UNIFORM ? "uniform " : "clustered ") + std::to_string(count);
             std::string const arguments = "/" + std::to_string(kind) + "/" + std::to_string(count);
@@ -375,7 +376,9 @@ void Register() {
                 std::string const all = arguments + "/" + std::to_string(neighbours);
                 std::string const label = crowd + ", " + std::to_string(neighbours) + " near: grid / ";
                 Bench::CompareTimes(label + "nanoflann", "near-grid" + all, "near-kd" + all,
-                                    isLarge ? 1 / 3.5 : 1 / 2.7);
+                                    isSmall   ? 1.0
+                                    : isLarge ? 1 / 3.5
+                                              : 1 / 2.7);
                 Bench::CompareTimes(label + "R-tree", "near-grid" + all, "near-r" + all, isLarge ? 1.1 : 1 / 1.6);
                 Bench::CompareTimes(label + "by hand", "near-grid" + all, "near-hand" + all, isLarge ? 1.6 : 1.35);
             }
@@ -383,9 +386,15 @@ void Register() {
             benchmark::RegisterBenchmark("sort-rebuild", RebuildGrid)->Args({kind, count});
             benchmark::RegisterBenchmark("sort-kd", BuildKdTree)->Args({kind, count});
             Bench::CompareTimes(crowd + ": refresh / nanoflann's build", "sort-refresh" + arguments,
-                                "sort-kd" + arguments, isLarge ? 0.13 : 0.08);
+                                "sort-kd" + arguments,
+                                isSmall   ? 1.0
+                                : isLarge ? 0.13
+                                          : 0.08);
             Bench::CompareTimes(crowd + ": rebuild and refresh / the same", "sort-rebuild" + arguments,
-                                "sort-kd" + arguments, isLarge ? 0.15 : 0.12);
+                                "sort-kd" + arguments,
+                                isSmall   ? 1.0
+                                : isLarge ? 0.15
+                                          : 0.12);
         }
     }
 }

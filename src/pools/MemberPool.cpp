@@ -425,6 +425,10 @@ bool MemberPool::RecordReaches(int offset, int size) const noexcept {
     return offset >= 0 && size >= 0 && size <= recordSize && offset <= recordSize - size;
 }
 
+bool MemberPool::HasVectorsOf(Property const& property, int offset) const noexcept {
+    return !clearing && memberProperties->HasVector(property, offset);
+}
+
 // Building.
 
 void MemberPool::InitializeMemberPool() {

@@ -68,6 +68,13 @@ bool MemberPropertyTable::HasDatum(Place const& place) const noexcept {
            std::any_of(placesOnly.begin(), placesOnly.end(), isSame);
 }
 
+bool MemberPropertyTable::HasVector(Property const& property, int offset) const noexcept {
+    return std::any_of(places.begin(), places.end(), [&](Place const& place) {
+        return place.property == &property && place.offset == offset && place.type == VECTOR &&
+               place.size >= static_cast<int>(sizeof(Math::Vec3));
+    });
+}
+
 /// The first record, or one with bytes that no table entry covers.
 unsigned char* MemberPropertyTable::TakeSpecialRecord() {
     if (recordSize < 1) {

@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 
 namespace Gentra {
 
@@ -75,6 +76,12 @@ GridOrganizer::Point GridOrganizer::PositionAt(unsigned char const* position) no
             Datum::Read<float>(position + offsetof(Math::Vec3, z))};
 }
 
+/// A member that is none is nowhere.
+GridOrganizer::Point GridOrganizer::PositionOf(Member member) const noexcept {
+    constexpr float NOWHERE = std::numeric_limits<float>::quiet_NaN();
+    return member.IsValid() ? PositionAt(member.record + positionOffset) : Point{NOWHERE, NOWHERE};
+}
+
 GridOrganizer::Cell GridOrganizer::CellAt(Point point) const noexcept {
     auto const [u, v] = bounds.Normalize(point.x, point.z);
     return {ClampedCell(u * static_cast<float>(columns), columns), ClampedCell(v * static_cast<float>(rows), rows)};
@@ -89,7 +96,7 @@ void GridOrganizer::Rebuild() {
         std::vector<Member> const& members = selection->GetAllMembers();
         count = members.size();
         for (Member const member : members) {
-            Point const position = PositionAt(member.record + positionOffset);
+            Point const position = PositionOf(member);
             if (std::isfinite(position.x) && std::isfinite(position.z)) {
                 bounds.Extend(position.x, position.z);
             }
@@ -115,12 +122,11 @@ void GridOrganizer::ForgetMembers() {
 /// A counting sort: stable, so that members keep their order within a cell.
 void GridOrganizer::Refresh() {
     ForgetMembers();
-    released = false;
     MemberPool const* const pool = PoolWithPositions();
     if (pool == nullptr || columns == 0) {
         return;
     }
-    timesCleared = TimesCleared(*pool);
+    BeginSorting(*pool);
     std::vector<Member> const& members = selection->GetAllMembers();
     // One more cell, behind the others, takes those that are nowhere. The counts are kept two places further
     // on, so that after the sums each start stands one place further on, and moves to its place while the
@@ -130,7 +136,7 @@ void GridOrganizer::Refresh() {
     starts.assign(nowhere + 3, 0);
     cells.cellOf.resize(members.size());
     for (std::size_t i = 0; i < members.size(); ++i) {
-        Point const position = PositionAt(members[i].record + positionOffset);
+        Point const position = PositionOf(members[i]);
         Cell const at = CellAt(position);
         std::size_t const cell =
             static_cast<std::size_t>(at.column) * static_cast<std::size_t>(rows) + static_cast<std::size_t>(at.row);
@@ -147,20 +153,12 @@ void GridOrganizer::Refresh() {
     }
 }
 
-void GridOrganizer::ReleaseMemory() noexcept {
-    cells = Cells();
-    released = true;
-}
-
 // Queries.
 
 void GridOrganizer::GetMembersInRadius(MemberSelection& result, Math::Vec3 const& centre, float radius,
                                        Member exclude) {
-    if (released) {
-        Refresh();
-    }
-    MemberPool* const pool = PoolWithPositions();
-    if (pool == nullptr || cells.starts.empty() || TimesCleared(*pool) != timesCleared || !(radius > 0.0f)) {
+    MemberPool* const pool = PoolOfSorted();
+    if (pool == nullptr || cells.starts.empty() || !(radius > 0.0f)) {
         return;
     }
     float const x = centre.x;
@@ -253,11 +251,15 @@ void GridOrganizer::Append(MemberSelection& result, Query const& query) {
     ForEachRun(
         query,
         [&](Member const* first, Member const* end) {
-            Member const* const excluded = query.exclude.IsValid() ? std::find(first, end, query.exclude) : end;
-            append(first, static_cast<std::size_t>(excluded - first));
-            if (excluded != end) {
-                append(excluded + 1, static_cast<std::size_t>(end - excluded - 1));
+            // A member may be listed more than once, also the excluded one.
+            Member const* from = first;
+            for (Member const* each = first; query.exclude.IsValid() && each != end; ++each) {
+                if (*each == query.exclude) {
+                    append(from, static_cast<std::size_t>(each - from));
+                    from = each + 1;
+                }
             }
+            append(from, static_cast<std::size_t>(end - from));
         },
         [&](Member const* first, Member const* end) { Test(first, end, query, append); });
 }

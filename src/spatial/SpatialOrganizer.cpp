@@ -13,9 +13,7 @@ SpatialOrganizer::SpatialOrganizer(MemberSelection* newSelection, Context* newCo
     : context(newContext),
       selection(newSelection != nullptr ? newSelection->Watch() : Util::WeakPtr<MemberSelection>()),
       positionProperty(newPositionProperty.Get() != nullptr ? newPositionProperty : Property::NIL),
-      positionOffset(positionProperty->GetDataOffset()),
-      isVector(positionProperty->GetPropertyType() == VECTOR &&
-               positionProperty->GetDataSize() >= static_cast<int>(sizeof(Math::Vec3))) {}
+      positionOffset(positionProperty->GetDataOffset()) {}
 
 void SpatialOrganizer::Update(float refreshInterval, float rebuildInterval, float timeElapsed) {
     rebuildTimer += timeElapsed;
@@ -31,18 +29,23 @@ void SpatialOrganizer::Update(float refreshInterval, float rebuildInterval, floa
     }
 }
 
-/// A property that has left the pool, or moved in it, does not tell where the records have their positions.
 MemberPool* SpatialOrganizer::PoolWithPositions() const noexcept {
     MemberSelection const* const organised = selection;
     MemberPool* const pool = organised != nullptr ? organised->GetBasePool() : nullptr;
-    bool const isThere = pool != nullptr && isVector && positionProperty->GetPropertyOwner() == MEMBER &&
-                         positionProperty->GetOwnerPool() == pool && positionOffset >= 0 &&
-                         positionProperty->GetDataOffset() == positionOffset;
-    return isThere ? pool : nullptr;
+    return pool != nullptr && pool->HasVectorsOf(*positionProperty, positionOffset) ? pool : nullptr;
 }
 
-unsigned int SpatialOrganizer::TimesCleared(MemberPool const& pool) noexcept {
-    return pool.timesCleared;
+void SpatialOrganizer::BeginSorting(MemberPool const& pool) noexcept {
+    sortedPool = pool.GetIdentityValue();
+    timesCleared = pool.timesCleared;
+}
+
+/// A clearing counts from its beginning, and the layout of records does not change in between.
+MemberPool* SpatialOrganizer::PoolOfSorted() const noexcept {
+    MemberSelection const* const organised = selection;
+    MemberPool* const pool = organised != nullptr ? organised->GetBasePool() : nullptr;
+    bool const isSame = pool != nullptr && pool->identity == sortedPool && pool->timesCleared == timesCleared;
+    return isSame ? pool : nullptr;
 }
 
 } // namespace Gentra

@@ -20,6 +20,7 @@ SpatialOrganizer& SpatialRelations::GetSpatialOrganizer(MemberSelection& selecti
     if (found->second->GetSelection() != &selection) { // but one that had the same address
         OrganizerPtr const organizer = MakeOrganizer(selection);
         dropped.push_back(found->second);
+        found->second->ReleaseMemory();
         found->second = organizer;
     }
     return *found->second;
@@ -36,7 +37,9 @@ SpatialRelations::OrganizerPtr SpatialRelations::MakeOrganizer(MemberSelection& 
 
 void SpatialRelations::Reset() {
     for (OrganizerPtr const& organizer : dropped) {
-        organizer->ReleaseMemory();
+        if (!organizer->CanAnswer()) {
+            organizer->ReleaseMemory();
+        }
     }
     dropped.reserve(dropped.size() + organizers.size());
     for (auto const& entry : organizers) {

@@ -56,8 +56,7 @@ TEST(EscapeHost, KeepsPeopleInTheRoomAndApart) {
         EXPECT_TRUE(isInDoor || (at.x > 0 && at.x < 15 && at.z > 0 && at.z < 15)) << at.x << ' ' << at.z;
         for (Member const other : all) {
             auto const there = Datum::Read<Math::Vec3>(other.record + position);
-            float const touching =
-                Datum::Read<float>(one.record + radius) + Datum::Read<float>(other.record + radius);
+            float const touching = Datum::Read<float>(one.record + radius) + Datum::Read<float>(other.record + radius);
             EXPECT_TRUE(one == other || std::hypot(at.x - there.x, at.z - there.z) > 0.7f * touching);
         }
     }

@@ -205,6 +205,10 @@ TEST_P(GridModelTest, AgreesWithListsByCellAndWithSearchingAll) {
     int const count = 1 + static_cast<int>(random() % 900);
     for (int i = 0; i < count; ++i) {
         crowd.Add(place());
+        if (random() % 16 == 0) { // some are listed twice
+            crowd.AddMember(crowd,
+                            crowd.GetMemberByIndex(static_cast<int>(random() % static_cast<unsigned int>(i + 1))));
+        }
     }
     GridOrganizer& grid = crowd.Grid();
     GridModel model(crowd);
@@ -338,6 +342,21 @@ TEST(GridQueries, SurvivePositionsThatAreNoPlaces) {
     }
 }
 
+TEST(GridQueries, FindTheSameInLargeCrowds) {
+    // From some size on queries fetch ahead what they are about to test.
+    Crowd crowd(Lattice(260, 260, 259, 259));
+    GridOrganizer& grid = crowd.Grid();
+    for (Vec3 const& centre : {Vec3(0, 0, 0), Vec3(130.2f, 0, 77.7f), Vec3(259, 0, 300)}) {
+        for (float const radius : {0.5f, 3.3f, 50.0f, 1000.0f}) {
+            std::size_t count = 0;
+            for (Member const member : crowd.GetAllMembers()) {
+                count += std::hypot(crowd.At(member).x - centre.x, crowd.At(member).z - centre.z) < radius ? 1 : 0;
+            }
+            EXPECT_EQ(Near(grid, centre, radius).size(), count);
+        }
+    }
+}
+
 TEST(GridQueries, LeaveForeignSelectionsAlone) {
     Crowd crowd(Lattice(10, 10, 10, 10));
     crowd.SetName("Crowd");
@@ -436,6 +455,9 @@ TEST(SpatialRelation, TellsASelectionFromAnotherAtItsAddress) {
     selection->AddMembers(crowd, crowd.GetAllMembers());
     GridOrganizer& second = Crowd::Grid(*selection);
     EXPECT_NE(&first, &second);
+    MemberSelection result(&crowd);
+    first.GetMembersInRadius(result, {5, 0, 5}, 100, Member::NIL);
+    EXPECT_EQ(result.GetNumMembers(), 0) << "the first is still there, of nobody";
     EXPECT_EQ(Near(second, {5, 0, 5}, 100).size(), 100u);
 
     // A selection that its property uses again for another member.
@@ -461,10 +483,6 @@ TEST(SpatialOrganizers, ReadNoRecordWithoutAPosition) {
     Pool nobody;
     MemberSelection noPool(nullptr);
     Crowd cleared({{1, 0, 1}, {2, 0, 2}});
-    Crowd dying({{1, 0, 1}, {2, 0, 2}});
-    MemberSelection survivor(&dying);
-    survivor.AddMembers(dying, dying.GetAllMembers());
-    auto const pool = std::make_unique<Crowd>(std::vector<Vec3>{{1, 0, 1}});
     for (MemberSelection* const selection :
          {static_cast<MemberSelection*>(const_cast<Crowd*>(&noName)), static_cast<MemberSelection*>(&wrongType),
           static_cast<MemberSelection*>(&hidden), static_cast<MemberSelection*>(&nobody), &noPool}) {
@@ -475,11 +493,9 @@ TEST(SpatialOrganizers, ReadNoRecordWithoutAPosition) {
         EXPECT_EQ(grid.GetColumns() * grid.GetRows(), 1);
     }
 
-    // The members of a cleared pool are gone, also when the pool is filled again.
+    // Members of another layout.
     GridOrganizer& grid = cleared.Grid();
-    EXPECT_EQ(Near(grid, {}, 100).size(), 2u);
     cleared.InitializeMemberPool();
-    EXPECT_TRUE(Near(grid, {}, 100).empty());
     cleared.AddMemberProperty(Support::Value("Odd"));
     cleared.AddMemberProperty(cleared.position);
     cleared.Add({1, 0, 1});
@@ -500,6 +516,71 @@ TEST(SpatialOrganizers, ReadNoRecordWithoutAPosition) {
     MemberSelection result(nullptr);
     nothing.GetMembersInRadius(result, {}, 1, Member::NIL);
     EXPECT_EQ(result.GetNumMembers(), 0);
+}
+
+TEST(SpatialOrganizers, FindNobodyWhoHasGone) {
+    Crowd crowd({{1, 0, 1}, {2, 0, 2}, {1, 0, 2}});
+    MemberSelection survivor(&crowd);
+    survivor.AddMembers(crowd, crowd.GetAllMembers());
+    survivor.AddMember(crowd, Member::NIL);
+    GridOrganizer& grid = Crowd::Grid(survivor);
+    EXPECT_EQ(Near(grid, {}, 100).size(), 3u) << "the member that is none is nowhere";
+    auto const refill = [&] {
+        crowd.AddMemberProperty(PropertyPtr(new FixedSizeDataProperty("Odd", 5, nullptr)));
+        crowd.AddMemberProperty(crowd.position);
+        crowd.Add({1, 0, 1});
+    };
+    {
+        // While it is cleared the records are on their way out.
+        Support::Listener const early(Property::EVENT, [&](Util::Event const& event) {
+            if (event.param1 == 1) {
+                grid.Refresh();
+                EXPECT_EQ(Near(grid, {}, 100).size(), 0u);
+            }
+        });
+        crowd.InitializeMemberPool();
+    }
+    refill();
+    EXPECT_TRUE(Near(grid, {}, 100).empty()) << "another generation, at the same offset";
+    EXPECT_TRUE(Near(grid, {}, 1.9f).empty());
+    for (int i = 0; i < 2; ++i) {
+        MainContext().GetSpatialRelations().Reset();
+        EXPECT_TRUE(Near(grid, {}, 100).empty());
+    }
+    survivor.Clear();
+    survivor.AddMembers(crowd, crowd.GetAllMembers());
+    grid.Refresh();
+    EXPECT_EQ(Near(grid, {}, 100).size(), 1u) << "sorted again, it is as good as new";
+
+    // Another pool takes the property over, and the selection becomes one of that pool.
+    Crowd other;
+    other.InitializeMemberPool();
+    other.AddMemberProperty(PropertyPtr(new FixedSizeDataProperty("Odd", 5, nullptr)));
+    other.AddMemberProperty(crowd.position);
+    EXPECT_EQ(Near(grid, {}, 100).size(), 1u) << "the records are as they were";
+    survivor = MemberSelection(&other);
+    EXPECT_TRUE(Near(grid, {}, 100).empty());
+    grid.Refresh();
+    EXPECT_TRUE(Near(grid, {}, 100).empty());
+
+    // A pool that tells a wrong offset, and a copied property of an earlier layout.
+    Crowd small({{1, 0, 1}});
+    PropertyPtr const copy(new VectorProperty(*small.position.DynamicCast<VectorProperty>()));
+    small.InitializeMemberPool();
+    small.AddMemberProperty(Support::Value("Position"));
+    small.AddNewMember();
+    GridOrganizer ofCopy(&small, &MainContext(), copy);
+    ofCopy.Update(0, 0, 1);
+    EXPECT_TRUE(Near(ofCopy, {}, 100).empty());
+    Crowd lying({{1, 0, 1}});
+    lying.position->SetDataOffset(100'000);
+    EXPECT_TRUE(Near(lying.Grid(), {}, 100).empty());
+
+    // A copied pool has members of its own, in the same layout.
+    Crowd const original({{1, 0, 1}});
+    MemberPool twin(original);
+    twin.SetMemberCount(2);
+    EXPECT_EQ(Near(Crowd::Grid(twin), {}, 1).size(), 2u);
 }
 
 TEST(SpatialOrganizers, AreMadeAfreshByConstructPasses) {

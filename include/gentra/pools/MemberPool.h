@@ -233,6 +233,8 @@ private:
     void TriggerPropertyEvent(Util::RefCountPtr<Property> property, char const* subName, int param1);
     /// Whether a datum of that size at that offset lies within a member record.
     [[nodiscard]] bool RecordReaches(int offset, int size) const noexcept;
+    /// Whether there are members whose records have the vector of that property there.
+    [[nodiscard]] bool HasVectorsOf(Property const& property, int offset) const noexcept;
 
     [[nodiscard]] bool CanLink(Util::RefCountPtr<Behaviour> const& behaviour) const;
     void LinkOwnedBehaviour(Util::RefCountPtr<Behaviour> const& behaviour, BehaviourList& list);

@@ -23,8 +23,9 @@ namespace Gentra {
 /// the circle cuts are tested against their present positions. They come column by column, row by row within
 /// a column, and in the order of the selection within a cell.
 ///
-/// When all members have the same `x` or the same `z`, they are in cell (0, 0), whose other extent is that of
-/// one cell: a query farther from that cell's centre than the radius and half its diagonal finds nobody.
+/// When all members have the same `x` or the same `z`, they are in cell (0, 0), which is judged by the extent
+/// of one cell at the beginning of the line: a query farther from its centre than the radius and half its
+/// diagonal finds nobody, and one that covers it all of them.
 /// Members whose position is infinite do not stretch the grid and are sorted into its border; members whose
 /// position is not a number are in no cell.
 class GENTRA_EXPORT GridOrganizer final : public SpatialOrganizer {
@@ -68,6 +69,7 @@ private:
     struct Query;
 
     [[nodiscard]] static Point PositionAt(unsigned char const* position) noexcept;
+    [[nodiscard]] Point PositionOf(Member member) const noexcept;
     [[nodiscard]] Cell CellAt(Point point) const noexcept;
     [[nodiscard]] std::size_t CellCount() const noexcept;
     template<class OnInside, class OnStraddling>
@@ -78,8 +80,10 @@ private:
     void Append(MemberSelection& result, Query const& query);
     void AppendToForeign(MemberSelection& result, MemberPool& pool, Query const& query);
     void ForgetMembers();
-    /// Gives the memory of the cells back; they are sorted again when they are asked for.
-    void ReleaseMemory() noexcept;
+    /// Whether the members that were sorted are still there.
+    [[nodiscard]] bool CanAnswer() const noexcept { return PoolOfSorted() != nullptr; }
+    /// Gives the memory of the cells back; nobody is found until the next Refresh().
+    void ReleaseMemory() noexcept { cells = Cells(); }
 
     BoundingRect bounds;
     Cells cells;
@@ -87,8 +91,6 @@ private:
     std::int32_t rows = 0;
     float cellWidth = 0.0f;
     float cellDepth = 0.0f;
-    unsigned int timesCleared = 0; ///< By the pool, as of the last Refresh().
-    bool released = false;         ///< Whether ReleaseMemory() has taken the cells.
     std::array<Member, 256> found; ///< Scratch of a query.
 };
 

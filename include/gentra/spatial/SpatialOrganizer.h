@@ -26,9 +26,10 @@ class MemberSelection;
 /// organizer sorts the members once, and again only when it is told to (Update(), Rebuild(), Refresh()); in
 /// between it answers by what it knows.
 ///
-/// The selection must outlive it, and where the library sees that the selection has gone, that its pool has
-/// been cleared since the members were sorted, or that the pool has no member property "Position" of the
-/// type VECTOR where it was at first, the organizer finds nobody and reads no record.
+/// The selection must outlive it, and whenever members are sorted it must list none that has gone with a
+/// clearing of its pool. Without a position to read (the pool's records have no vector of the position
+/// property where it was at first) nobody is sorted. Nobody is found when the selection has gone or has
+/// another pool, or when the pool has been cleared, since the members were sorted. No record is read then.
 class GENTRA_EXPORT SpatialOrganizer {
 public:
     /// `newPositionProperty` is the position of the members of the selection's base pool. Nothing is sorted
@@ -63,10 +64,12 @@ public:
 protected:
     ~SpatialOrganizer() = default;
 
-    /// The pool whose records have a position to read; null when there is none.
+    /// The pool of the members, if their records have a position to read now; else null.
     [[nodiscard]] MemberPool* PoolWithPositions() const noexcept;
-    /// How often that pool has been cleared: members that were known before are gone then.
-    [[nodiscard]] static unsigned int TimesCleared(MemberPool const& pool) noexcept;
+    /// Notes whose members are being sorted.
+    void BeginSorting(MemberPool const& pool) noexcept;
+    /// The pool of the members that were sorted, if they are still there; else null.
+    [[nodiscard]] MemberPool* PoolOfSorted() const noexcept;
 
     Context* context;                             ///< Not owned.
     Util::WeakPtr<MemberSelection> selection;     ///< Null again when the selection is destroyed.
@@ -76,7 +79,8 @@ protected:
     float rebuildTimer = 0.0f;                    ///< Seconds since the last rebuild.
 
 private:
-    bool isVector; ///< Whether the property is one whose data is a Math::Vec3.
+    int sortedPool = -1;           ///< Identity value of the pool whose members were sorted; -1 for none.
+    unsigned int timesCleared = 0; ///< How often that pool had been cleared before.
 };
 
 } // namespace Gentra

@@ -19,7 +19,7 @@ class SpatialOrganizer;
 
 /// The spatial organizers of one context, at most one per selection.
 ///
-/// A copy shares the organizers that exist.
+/// A copy shares the organizers that exist, and these name the context that they were made for.
 class GENTRA_EXPORT SpatialRelations {
 public:
     /// No organizers yet. `newContext` is what the organizers are told as theirs.
@@ -30,15 +30,14 @@ public:
     /// gone gets one of its own.
     ///
     /// The reference lasts as long as the spatial relations, also after Reset(). Call it again after each
-    /// construct pass all the same: the pass may have moved the positions, and then the old organizer finds
-    /// nobody.
+    /// construct pass all the same: when the pass has built the pool, the old organizer finds nobody. So does
+    /// one that was asked for before its pool got the property, until the next pass.
     [[nodiscard]] SpatialOrganizer& GetSpatialOrganizer(MemberSelection& selection);
 
     /// Drops all organizers, so that they are made afresh for the layouts that a construct pass is about to
     /// change. The context calls it at the start of each pass.
     ///
-    /// Those that were dropped before give back the memory of their cells. One that is still used sorts its
-    /// members once more.
+    /// Those that were dropped before and cannot find anybody any more give back the memory of their cells.
     void Reset();
 
 private:
