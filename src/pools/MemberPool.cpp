@@ -425,8 +425,8 @@ bool MemberPool::RecordReaches(int offset, int size) const noexcept {
     return offset >= 0 && size >= 0 && size <= recordSize && offset <= recordSize - size;
 }
 
-bool MemberPool::HasVectorsOf(Property const& property, int offset) const noexcept {
-    return !clearing && memberProperties->HasVector(property, offset);
+bool MemberPool::HasDatumOf(Property const& property, int offset, PropertyType type, int size) const noexcept {
+    return !clearing && memberProperties->HasDatumOf(property, {offset, size, type});
 }
 
 // Building.

@@ -68,10 +68,10 @@ bool MemberPropertyTable::HasDatum(Place const& place) const noexcept {
            std::any_of(placesOnly.begin(), placesOnly.end(), isSame);
 }
 
-bool MemberPropertyTable::HasVector(Property const& property, int offset) const noexcept {
-    return std::any_of(places.begin(), places.end(), [&](Place const& place) {
-        return place.property == &property && place.offset == offset && place.type == VECTOR &&
-               place.size >= static_cast<int>(sizeof(Math::Vec3));
+bool MemberPropertyTable::HasDatumOf(Property const& property, Place const& place) const noexcept {
+    return std::any_of(places.begin(), places.end(), [&](Place const& other) {
+        return other.property == &property && other.offset == place.offset && other.type == place.type &&
+               other.size >= place.size;
     });
 }
 

@@ -49,8 +49,8 @@ public:
     [[nodiscard]] int RecordSize() const noexcept { return recordSize; }
     /// Whether a record has a datum of exactly that type and size there.
     [[nodiscard]] bool HasDatum(Place const& place) const noexcept;
-    /// Whether a record has the vector of that property there.
-    [[nodiscard]] bool HasVector(Property const& property, int offset) const noexcept;
+    /// Whether a record has the datum of that property there, of that type and at least that size.
+    [[nodiscard]] bool HasDatumOf(Property const& property, Place const& place) const noexcept;
 
     /// A new record, or null while records have no bytes. Bytes without a table entry are 0.
     [[nodiscard]] unsigned char* TakeRecord() {

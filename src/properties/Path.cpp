@@ -15,6 +15,7 @@
 #include <istream>
 #include <limits>
 #include <ostream>
+#include <utility>
 
 namespace Gentra {
 
@@ -23,16 +24,6 @@ namespace {
 constexpr int ACTIVE_MEMBER = -1;
 /// No selection has a member at that index.
 constexpr int NO_MEMBER = std::numeric_limits<int>::max();
-
-/// Whether the level's datum can be read of members of that selection. In the records of another pool its
-/// offset would hit anything, and that would be taken for a pointer.
-bool LeadsOnFrom(MemberSelectionProperty const& level, MemberSelection const& selection) {
-    if (&level == MemberSelectionProperty::NIL.Get()) {
-        return false;
-    }
-    MemberPool const* const pool = selection.GetBasePool();
-    return level.GetPropertyOwner() != MEMBER || (pool != nullptr && pool == level.GetOwnerPool());
-}
 
 } // namespace
 
@@ -56,8 +47,9 @@ void Path::Clear() {
 
 void Path::ClearResolvedPath() {
     rootPool = Util::WeakPtr<MemberPool>();
-    rootingMemberSelections.clear();
-    destinationProperty = Property::NIL;
+    // Released last: the last reference may run a host's destructor.
+    auto const formerLevels = std::exchange(rootingMemberSelections, {});
+    auto const formerDestination = std::exchange(destinationProperty, Property::NIL);
     indices.assign(1, 0);
 }
 
@@ -212,6 +204,16 @@ int Path::LastIndex() const noexcept {
     return indices.empty() ? NO_MEMBER : indices.back();
 }
 
+/// Whether the level's datum can be read of members of that selection. In records that do not have it, its
+/// offset would hit anything, and that would be taken for a pointer.
+bool Path::LeadsOnFrom(MemberSelectionProperty const& level, MemberSelection const& selection) {
+    MemberPool const* const pool = selection.GetBasePool();
+    bool const isNil = &level == MemberSelectionProperty::NIL.Get(); // everybody's
+    return !isNil &&
+           (level.GetPropertyOwner() != MEMBER ||
+            (pool != nullptr && pool->HasDatumOf(level, level.GetDataOffset(), MEMBERSELECTION, level.GetDataSize())));
+}
+
 /// The selection that the first levels lead to, or null.
 MemberSelection* Path::Walk(std::size_t levelCount, bool usingIndices) {
     MemberSelection* selection = rootPool.Get();
@@ -249,6 +251,10 @@ Member Path::GetDestinationMemberUsingIndices() {
 void const* Path::DestinationPropertyData(bool usingIndices) {
     MemberSelection* const selection = DestinationMemberSelection(usingIndices);
     if (selection == nullptr || destinationProperty == Property::NIL) {
+        return nullptr;
+    }
+    // The members of a selection whose pool has gone went with it.
+    if (destinationProperty->GetPropertyOwner() == MEMBER && selection->GetBasePool() == nullptr) {
         return nullptr;
     }
     return destinationProperty->GetDataFromMemberSelection(*selection, usingIndices ? LastIndex() : ACTIVE_MEMBER);

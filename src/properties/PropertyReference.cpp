@@ -3,6 +3,7 @@
 
 #include "gentra/properties/PropertyReference.h"
 
+#include "gentra/properties/MemberSelectionProperty.h"
 #include "gentra/util/Event.h"
 #include "gentra/util/EventListener.h"
 #include "gentra/util/GlobalEventManager.h"
@@ -39,7 +40,11 @@ private:
     PropertyReference* reference;
 };
 
-PropertyReference::PropertyReference() : listener(std::make_unique<MyListener>(this)), boundIdentity(NO_POOL) {
+/// The property events have a listener of their own: one that is removed in the middle of a delivery is passed
+/// over there, and must not miss the event of a pool for it.
+PropertyReference::PropertyReference()
+    : listener(std::make_unique<MyListener>(this)), propertyListener(std::make_unique<MyListener>(this)),
+      boundIdentity(NO_POOL) {
     GlobalEventManager::RegisterListener(listener.get(), MemberPool::EVENT_CREATED);
     GlobalEventManager::RegisterListener(listener.get(), MemberPool::EVENT_DELETED);
 }
@@ -52,6 +57,9 @@ PropertyReference& PropertyReference::operator=(PropertyReference const& other) 
     if (this == &other) {
         return *this;
     }
+    // Released last, here and below: the last reference may run a host's destructor.
+    Util::RefCountPtr<Property> const formerTarget = property;
+    Util::RefCountPtr<Property> const formerDefault = defaultProperty;
     ListenToPool(other.boundIdentity);
     property = other.property;
     defaultProperty = other.defaultProperty;
@@ -76,6 +84,7 @@ void PropertyReference::SetOwnerPoolID(Util::ShortID const& id) {
     if (id == ownerPoolID) {
         return;
     }
+    Util::RefCountPtr<Property> const formerTarget = property;
     ownerPoolID = id;
     SetNewOwnerPool(ContextManager::GetMainContext().GetMemberPoolFromID(ownerPoolID));
     GetPropertyFromOwnerPool();
@@ -85,18 +94,20 @@ void PropertyReference::SetPropertyName(Util::String const& name) {
     if (name == propertyName) {
         return;
     }
-    propertyName = name; // first, as it may be that of the present target
+    Util::RefCountPtr<Property> const formerTarget = property;
+    propertyName = name;
     property = defaultProperty;
-    // NIL is everybody's.
-    if (property != Property::NIL) {
+    // These two are everybody's.
+    if (property != Property::NIL && property != MemberSelectionProperty::NIL) {
         property->SetName(propertyName);
     }
     GetPropertyFromOwnerPool();
 }
 
 void PropertyReference::SetDefaultProperty(Util::RefCountPtr<Property> const& newDefault) {
+    Util::RefCountPtr<Property> const formerDefault = defaultProperty;
     defaultProperty = newDefault.Get() != nullptr ? newDefault : Property::NIL;
-    if (property == Property::NIL) {
+    if (property.Get() == nullptr || property == Property::NIL) {
         property = defaultProperty;
     }
 }
@@ -126,11 +137,11 @@ void PropertyReference::SetNewOwnerPool(MemberPool* pool) {
 /// Hears the property events of that pool instead of those heard so far.
 void PropertyReference::ListenToPool(int identity) {
     if (boundIdentity != NO_POOL) {
-        GlobalEventManager::RemoveListener(listener.get(), PropertyEventOf(boundIdentity));
+        GlobalEventManager::RemoveListener(propertyListener.get(), PropertyEventOf(boundIdentity));
         boundIdentity = NO_POOL;
     }
     if (identity != NO_POOL) {
-        GlobalEventManager::RegisterListener(listener.get(), PropertyEventOf(identity));
+        GlobalEventManager::RegisterListener(propertyListener.get(), PropertyEventOf(identity));
         boundIdentity = identity;
     }
 }

@@ -32,7 +32,9 @@ void SpatialOrganizer::Update(float refreshInterval, float rebuildInterval, floa
 MemberPool* SpatialOrganizer::PoolWithPositions() const noexcept {
     MemberSelection const* const organised = selection;
     MemberPool* const pool = organised != nullptr ? organised->GetBasePool() : nullptr;
-    return pool != nullptr && pool->HasVectorsOf(*positionProperty, positionOffset) ? pool : nullptr;
+    bool const isThere = pool != nullptr && pool->HasDatumOf(*positionProperty, positionOffset, VECTOR,
+                                                             static_cast<int>(sizeof(Math::Vec3)));
+    return isThere ? pool : nullptr;
 }
 
 void SpatialOrganizer::BeginSorting(MemberPool const& pool) noexcept {

@@ -49,6 +49,12 @@ struct Listener : Util::EventListener {
     int events = 0;
 } listener;
 
+/// Lives longer than the pool that it is bound to.
+struct StaticReference : PropertyReference {
+    ~StaticReference() { Require(GetOwnerPool() == nullptr && GetProperty() == Property::NIL, "it was unbound"); }
+} reference;
+Path path;
+
 struct StaticPool : MemberPool {
     StaticPool() : MemberPool(ContextManager::GetMainContext()) {
         SetName("Static");
@@ -68,5 +74,9 @@ int main() {
     pool.SetMemberCount(3);
     pool.ProcessMemberPool();
     Require(Datum::Read<float>(pool.GetDataFromMember(2, 0)) == 3.0f, "the behaviour ran");
+    reference.SetPropertyName("Distance");
+    reference.SetOwnerPoolID(pool.GetMemberPoolID());
+    path.MakeShortestPossiblePathToProperty(reference.GetProperty());
+    Require(path.GetDestinationPropertyDataUsingIndices() == pool.GetDataFromMember(0, 0), "the path leads there");
     std::puts("static host: passed");
 }

@@ -162,9 +162,10 @@ TEST(Paths, StoreSelections) {
     streets.ActivateMember(1);
     map.path.SetDestinationMemberSelectionNoIndices(&stored);
     EXPECT_EQ(map.path.GetDestinationMemberSelectionNoIndices(), &stored);
-    map.path.GetIndicesForManipulation() = {0, 2, 0};
+    map.path.GetIndicesForManipulation() = {1, 2, 0};
     map.path.SetDestinationMemberSelectionUsingIndices(&stored);
-    EXPECT_EQ(map.toHouses->GetMemberSelection(streets, 2), &stored);
+    EXPECT_EQ(map.toHouses->GetMemberSelection(*map.toStreets->GetMemberSelection(map.cities, 1), 2), &stored);
+    EXPECT_NE(map.toHouses->GetMemberSelection(streets, 2), &stored);
     EXPECT_NE(map.toHouses->GetMemberSelection(streets, 0), &stored);
     map.path.SetDestinationMemberSelectionUsingIndices(nullptr);
     EXPECT_EQ(map.path.GetDestinationMemberSelectionUsingIndices(), nullptr);
@@ -195,6 +196,33 @@ TEST(Paths, AreBuiltFromBothEnds) {
     path.AddRootingMemberSelectionFront(map.toStreets);
     EXPECT_EQ(path.GetIndicesForManipulation(), (std::vector<int>{4, 0, 7}));
     EXPECT_EQ(NameOf(path), "Cities:In it:Along it");
+    Path::ForceGlobalPathResolve();
+    EXPECT_EQ(NameOf(path), "Cities:In it:Along it") << "the IDs are in the same order";
+
+    // Building on what is resolved changes that as well.
+    Path growing;
+    growing.ResolvePathIfNeccessary();
+    growing.SetRootMemberPool(map.houses);
+    EXPECT_EQ(growing.GetDestinationMemberSelectionNoIndices(), &map.houses);
+    growing.SetDestinationProperty(map.number);
+    EXPECT_EQ(NameOf(growing), "Houses:Number");
+    EXPECT_EQ(Map::ValueAt(growing.GetDestinationPropertyDataUsingIndices()), 0);
+    // A used path becomes another one.
+    Path used = map.path;
+    EXPECT_EQ(NameOf(used), "Cities:In it:Along it:Number");
+    used.MakeShortestPossiblePathToProperty(map.number);
+    EXPECT_EQ(NameOf(used), "Houses:Number");
+    EXPECT_EQ(Saved(used), Saved(growing));
+    used = map.path;
+    std::istringstream text(Saved(growing));
+    used.LoadFromStream(text);
+    EXPECT_EQ(Saved(used), Saved(growing));
+    EXPECT_EQ(NameOf(used), "Houses:Number");
+    used = map.path;
+    used.Clear();
+    EXPECT_EQ(Saved(used), std::string("0 0 0\0", 6));
+    used.SetRootMemberPoolID(map.houses.GetMemberPoolID());
+    EXPECT_EQ(NameOf(used), "Houses") << "it resolves again";
 
     Path shortest;
     shortest.MakeShortestPossiblePathToProperty(map.number);
@@ -294,19 +322,35 @@ TEST(Paths, NeverTakeOtherDataForSelections) {
     beyond.SetDestinationProperty(map.toStreets);
     EXPECT_EQ(beyond.GetDestinationPropertyDataUsingIndices(), nullptr);
 
-    // A class of the host's that only claims the type.
+    // Classes of the host's that only claim the type, or deny it.
     struct Pretender : ValueProperty {
         Pretender() : ValueProperty("Pretender") {}
         PropertyType GetPropertyType() override { return MEMBERSELECTION; }
     };
+    struct Denier : MemberSelectionProperty {
+        PropertyType GetPropertyType() override { return VALUE; }
+    };
     BuiltPool pool;
-    PropertyPtr const pretender(new Pretender);
-    pool.AddMemberProperty(pretender);
-    Path path;
-    std::stringstream text(std::to_string(static_cast<int>(pool.GetMemberPoolID())) + " 1 " +
-                           std::to_string(static_cast<int>(pretender->GetPropertyID())) + " 0");
-    path.LoadFromStream(text);
-    EXPECT_FALSE(path.ResolvePathIfNeccessary());
+    for (PropertyPtr const& property : {PropertyPtr(new Pretender), PropertyPtr(new Denier)}) {
+        pool.AddMemberProperty(property);
+        std::stringstream text(std::to_string(static_cast<int>(pool.GetMemberPoolID())) + " 1 " +
+                               std::to_string(static_cast<int>(property->GetPropertyID())) + " 0");
+        Path path;
+        path.LoadFromStream(text);
+        EXPECT_FALSE(path.ResolvePathIfNeccessary());
+    }
+
+    // Members that went with their pool, in a selection that the host left there.
+    std::optional<Pool> gone(std::in_place);
+    gone->AddMemberProperty(Value("Number"));
+    gone->AddNewMember();
+    MemberSelection orphans(&*gone);
+    orphans.AddMembers(*gone, gone->GetAllMembers());
+    map.cities.ActivateFirstMember();
+    map.toStreets->GetMemberSelection(map.cities, 0)->ActivateFirstMember();
+    map.path.SetDestinationMemberSelectionNoIndices(&orphans);
+    gone.reset();
+    EXPECT_EQ(map.path.GetDestinationPropertyDataUsingIndices(), nullptr);
 }
 
 TEST(Paths, KeepWhatTheyFoundUntilTheyResolveAgain) {
@@ -328,6 +372,19 @@ TEST(Paths, KeepWhatTheyFoundUntilTheyResolveAgain) {
     EXPECT_EQ(path.GetDestinationMemberSelectionNoIndices(), nullptr);
     path.SetDestinationMemberSelectionNoIndices(nullptr);
     EXPECT_EQ(NameOf(path), "");
+}
+
+TEST(Paths, AreClearedByThePropertyTheyHeldLast) {
+    static Path* cleared = nullptr;
+    struct Clearing : MemberSelectionProperty {
+        ~Clearing() { cleared->Clear(); }
+    };
+    Path path;
+    cleared = &path;
+    path.AddRootingMemberSelectionBack(SelectionPtr(new Clearing));
+    path.AddRootingMemberSelectionBack(SelectionPtr(new Clearing));
+    path.Clear();
+    EXPECT_EQ(Saved(path), std::string("0 0 0\0", 6));
 }
 
 TEST(Paths, ResolveAfterThePoolsAreBuilt) {

@@ -78,10 +78,12 @@ TEST(PropertyReferences, FollowTheirPoolAndProperty) {
     EXPECT_EQ(reference.GetOwnerPool(), nullptr) << "an equal ID changes nothing";
     PropertyReference another;
     another.SetOwnerPoolID(id);
-    reference.HandleEvents(Util::Event(MemberPool::EVENT_CREATED, 0, 0, &*pool));
+    GlobalEventManager::Trigger(Util::Event(MemberPool::EVENT_CREATED, 0, 0, &*pool));
     EXPECT_EQ(reference.GetOwnerPool(), &*pool);
     pool->AddPoolProperty(speed);
     EXPECT_EQ(reference.GetProperty(), speed);
+    reference.SetNewOwnerPool(&*pool);
+    EXPECT_EQ(reference.GetProperty(), speed) << "bound to it already";
     reference.SetPropertyName("Weight");
     EXPECT_EQ(reference.GetProperty(), standIn);
     EXPECT_EQ(standIn->GetName(), "Weight");
@@ -106,6 +108,18 @@ TEST(PropertyReferences, AreUnboundWhenTheirPoolGoesUnderAnotherID) {
     EXPECT_EQ(reference.GetOwnerPool(), nullptr);
     EXPECT_EQ(reference.GetProperty(), Property::NIL);
 
+    // That it was unbound shows also in the default that it falls back to.
+    pool.emplace();
+    reference.SetOwnerPoolID(pool->GetMemberPoolID());
+    PropertyPtr const first = Value("First");
+    PropertyPtr const second = Value("Second");
+    reference.SetDefaultProperty(first);
+    reference.SetDefaultProperty(second);
+    pool->SetNewMemberPoolID(Util::ShortID());
+    EXPECT_EQ(reference.GetProperty(), first);
+    pool.reset();
+    EXPECT_EQ(reference.GetProperty(), second);
+
     // A pool that goes without its event: a nested event ends the delivery before it reaches the reference.
     pool.emplace();
     Support::Listener const nesting(MemberPool::EVENT_DELETED, [](Util::Event const&) {
@@ -121,6 +135,66 @@ TEST(PropertyReferences, AreUnboundWhenTheirPoolGoesUnderAnotherID) {
     Pool const next;
     deaf.SetOwnerPoolID(next.GetMemberPoolID());
     EXPECT_EQ(deaf.GetOwnerPool(), &next);
+}
+
+TEST(PropertyReferences, HearOfTheirPoolWhileTheyAreRebound) {
+    Pool former;
+    PropertyReference* rebound = nullptr;
+    Util::ShortID const id(4711);
+    Support::Listener const host(MemberPool::EVENT_CREATED, [&](Util::Event const&) { rebound->SetOwnerPoolID(id); });
+    PropertyReference reference;
+    rebound = &reference;
+    reference.SetOwnerPoolID(former.GetMemberPoolID());
+    ASSERT_EQ(reference.GetOwnerPool(), &former);
+    Pool later;
+    later.SetNewMemberPoolID(id);
+    reference.SetOwnerPoolID(former.GetMemberPoolID());
+    // The context has not heard of it yet when the host asks for it; the event reaches the reference all the same.
+    MainContext().ChangeMemberPoolID(id, 0, later);
+    GlobalEventManager::Trigger(Util::Event(MemberPool::EVENT_CREATED, 0, 0, &later));
+    EXPECT_EQ(reference.GetOwnerPool(), &later);
+    MainContext().ChangeMemberPoolID(0, id, later);
+}
+
+TEST(PropertyReferences, SurviveThePropertiesThatTheyRelease) {
+    // The last reference to a property runs a host's destructor, which turns to the reference.
+    static PropertyReference* reference = nullptr;
+    static Util::ShortID target(0);
+    struct Meddling : ValueProperty {
+        ~Meddling() { reference->SetOwnerPoolID(target); }
+    };
+    Pool pool;
+    Pool other;
+    auto const make = [] {
+        reference = new PropertyReference;
+        reference->SetDefaultProperty(PropertyPtr(new Meddling));
+    };
+    target = pool.GetMemberPoolID();
+    make();
+    PropertyReference fresh;
+    *reference = fresh; // releases the property, whose destructor binds the reference again
+    EXPECT_EQ(reference->GetOwnerPool(), &pool);
+    other.AddPoolProperty(Value("None"));
+    EXPECT_EQ(reference->GetProperty(), Property::NIL);
+    pool.AddPoolProperty(Value("None"));
+    EXPECT_EQ(reference->GetProperty()->GetOwnerPool(), &pool) << "it hears the pool that it says it is bound to";
+    delete reference;
+
+    // A name that is the target's own.
+    PropertyReference named;
+    Pool third;
+    named.SetOwnerPoolID(third.GetMemberPoolID());
+    named.GetProperty() = Value("A name that is too long for the string itself to hold");
+    named.SetPropertyName(named->GetName());
+    EXPECT_EQ(named.GetPropertyName(), "A name that is too long for the string itself to hold");
+    named.SetDefaultProperty(PropertyPtr(MemberSelectionProperty::NIL));
+    named.SetPropertyName("Renamed");
+    EXPECT_NE(MemberSelectionProperty::NIL->GetName(), "Renamed");
+    named.GetProperty() = PropertyPtr(static_cast<Property*>(nullptr));
+    EXPECT_EQ(named.GetPropertyID(), Property::NIL->GetPropertyID());
+    PropertyPtr const standIn = Value("Stand-in");
+    named.SetDefaultProperty(standIn);
+    EXPECT_EQ(named.GetProperty(), standIn);
 }
 
 TEST(PropertyReferences, ReportPropertyEventsThatTheyDoNotUnderstand) {

@@ -196,6 +196,7 @@ public:
 
 private:
     friend class Context;
+    friend class Path;
     friend class Property;
     friend class SpatialOrganizer;
 
@@ -233,8 +234,8 @@ private:
     void TriggerPropertyEvent(Util::RefCountPtr<Property> property, char const* subName, int param1);
     /// Whether a datum of that size at that offset lies within a member record.
     [[nodiscard]] bool RecordReaches(int offset, int size) const noexcept;
-    /// Whether there are members whose records have the vector of that property there.
-    [[nodiscard]] bool HasVectorsOf(Property const& property, int offset) const noexcept;
+    /// Whether the datum of that property lies there in the records, with that type and at least that size.
+    [[nodiscard]] bool HasDatumOf(Property const& property, int offset, PropertyType type, int size) const noexcept;
 
     [[nodiscard]] bool CanLink(Util::RefCountPtr<Behaviour> const& behaviour) const;
     void LinkOwnedBehaviour(Util::RefCountPtr<Behaviour> const& behaviour, BehaviourList& list);

@@ -34,7 +34,7 @@ class MemberSelection;
 ///
 /// At each level a path follows one member: the operations NoIndices take the active member of each
 /// selection, the operations UsingIndices the member at a stored index. Resolving may build pools that wait
-/// for construction, with all the events and behaviours of that.
+/// for construction, with all the events and behaviours of that; none of them may destroy the path.
 class GENTRA_EXPORT Path {
 public:
     /// An empty path, which leads nowhere.
@@ -73,7 +73,7 @@ public:
     /// Makes every path look its IDs up again on its next use. Called when all pools are rebuilt.
     static void ForceGlobalPathResolve() noexcept;
     /// Looks the IDs up now; all indices become 0. False when one is not found, when a level is no
-    /// member-selection property or when it has no base pool.
+    /// member-selection property or when it has no base pool. Reports nothing.
     bool ResolvePath();
     /// Resolves, and reports a failure, if the path has to; returns whether it is resolved.
     bool ResolvePathIfNeccessary();
@@ -113,6 +113,7 @@ private:
     [[nodiscard]] bool LookUpLevel(Util::ShortID id);
     [[nodiscard]] int IndexAt(std::size_t level, bool usingIndices) const noexcept;
     [[nodiscard]] int LastIndex() const noexcept;
+    [[nodiscard]] static bool LeadsOnFrom(MemberSelectionProperty const& level, MemberSelection const& selection);
     [[nodiscard]] MemberSelection* Walk(std::size_t levelCount, bool usingIndices);
     [[nodiscard]] MemberSelection* DestinationMemberSelection(bool usingIndices);
     [[nodiscard]] void const* DestinationPropertyData(bool usingIndices);

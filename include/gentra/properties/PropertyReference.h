@@ -25,8 +25,9 @@ class MemberPool;
 /// Names a property by the ID of its pool and its own name, and holds it while it exists.
 ///
 /// The reference is kept current by events: it finds its pool when that is created and its property when that
-/// enters the pool, and falls back to a default property when either goes. A null pointer to a property
-/// counts as Property::NIL.
+/// enters the pool, and falls back to a default property when either goes. It misses an event whose delivery
+/// a listener before it has ended by triggering another (see EventManager::Trigger). A null pointer to a
+/// property counts as Property::NIL.
 class GENTRA_EXPORT PropertyReference {
 public:
     /// A reference to the property "None" of no pool (a random ID); target and default are Property::NIL.
@@ -78,10 +79,11 @@ private:
     Util::RefCountPtr<Property> property = Property::NIL;        ///< The current target.
     Util::RefCountPtr<Property> defaultProperty = Property::NIL; ///< What the target falls back to.
     Util::String propertyName = Property::NO_NAME;
-    std::unique_ptr<MyListener> listener;
-    Util::WeakPtr<MemberPool> ownerPool; ///< Null while not bound.
-    Util::ShortID ownerPoolID;           ///< Random at first, which stands for no pool.
-    int boundIdentity;                   ///< Identity value of the pool whose property events are heard.
+    std::unique_ptr<MyListener> listener;         ///< Hears of pools.
+    std::unique_ptr<MyListener> propertyListener; ///< Hears of the properties of the bound pool.
+    Util::WeakPtr<MemberPool> ownerPool;          ///< Null while not bound.
+    Util::ShortID ownerPoolID;                    ///< Random at first, which stands for no pool.
+    int boundIdentity;                            ///< Identity value of the pool whose property events are heard.
 };
 
 } // namespace Gentra
