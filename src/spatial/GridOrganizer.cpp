@@ -245,7 +245,7 @@ void GridOrganizer::Test(Member const* first, Member const* end, Query const& qu
 
 void GridOrganizer::Append(MemberSelection& result, Query const& query) {
     if (cells.members.size() >= PREFETCH_POPULATION) {
-        PrefetchSquare(query);
+        Prefetch(query);
     }
     auto const append = [&result](Member const* first, std::size_t count) { result.AppendRange(first, count); };
     ForEachRun(
@@ -282,7 +282,9 @@ void GridOrganizer::AppendToForeign(MemberSelection& result, MemberPool& pool, Q
         [&](Member const* first, Member const* end) { Test(first, end, query, report); });
 }
 
-void GridOrganizer::PrefetchSquare(Query const& query) const noexcept {
+/// Three steps, each of which needs what the one before has fetched: where the cells begin, their members, and
+/// the positions of those that will be tested.
+void GridOrganizer::Prefetch(Query const& query) const noexcept {
     auto const startsOf = [this](int column) {
         return cells.starts.data() + static_cast<std::size_t>(column) * static_cast<std::size_t>(rows);
     };
@@ -293,12 +295,15 @@ void GridOrganizer::PrefetchSquare(Query const& query) const noexcept {
         Util::PrefetchForReading(cells.members.data() + startsOf(column)[query.first.row]);
         Util::PrefetchForReading(cells.members.data() + startsOf(column)[query.last.row + 1]);
     }
-    for (int column = query.first.column; column <= query.last.column; ++column) {
-        std::uint32_t const* const starts = startsOf(column);
-        for (std::size_t i = starts[query.first.row]; i < starts[query.last.row + 1]; ++i) {
-            Util::PrefetchForReading(cells.members[i].record + positionOffset);
-        }
-    }
+    ForEachRun(
+        query, [](Member const*, Member const*) {},
+        [offset = positionOffset](Member const* first, Member const* end) {
+            for (; first != end; ++first) {
+                unsigned char const* const position = first->record + offset;
+                Util::PrefetchForReading(position + offsetof(Math::Vec3, x));
+                Util::PrefetchForReading(position + offsetof(Math::Vec3, z)); // perhaps in the next line
+            }
+        });
 }
 
 } // namespace Gentra

@@ -74,7 +74,7 @@ private:
     [[nodiscard]] std::size_t CellCount() const noexcept;
     template<class OnInside, class OnStraddling>
     void ForEachRun(Query const& query, OnInside const& onInside, OnStraddling const& onStraddling) const;
-    void PrefetchSquare(Query const& query) const noexcept;
+    void Prefetch(Query const& query) const noexcept;
     template<class OnFound>
     void Test(Member const* first, Member const* end, Query const& query, OnFound const& onFound);
     void Append(MemberSelection& result, Query const& query);
