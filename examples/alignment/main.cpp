@@ -5,13 +5,13 @@
 // writes the order parameter as CSV, and a picture of the largest crowd. plot.gp plots the CSV.
 
 #include "../support/Canvas.h"
+#include "../support/Output.h"
 #include "Simulation.h"
 
 #include <CLI/CLI.hpp>
 
 #include <cmath>
 #include <cstdio>
-#include <fstream>
 #include <string>
 
 namespace {
@@ -65,13 +65,7 @@ void DrawPanel(Example::Canvas& canvas, int panel, Alignment::Simulation& simula
 }
 
 int Main(Options const& options) {
-    std::string const csvFile = options.output + "/alignment.csv";
-    std::string const pictureFile = options.output + "/alignment.png";
-    std::ofstream csv;
-    if (Example::MakeFolderOf(csvFile)) {
-        csv.open(csvFile);
-    }
-    csv << "particles,side,noise,seed,order parameter\n";
+    Example::Output output("alignment", options.output, "particles,side,noise,seed,order parameter");
     Example::Canvas canvas(3 * PANEL, PANEL + 25, 1, 1, 1);
     std::size_t runs = 0;
     for (Crowd const& crowd : CROWDS) {
@@ -88,8 +82,8 @@ int Main(Options const& options) {
                     simulation.Step();
                     sum += step >= 0 ? simulation.Order() : 0;
                 }
-                csv << crowd.particles << ',' << crowd.side << ',' << noise << ',' << seed << ',' << sum / options.steps
-                    << '\n';
+                output.Rows() << crowd.particles << ',' << crowd.side << ',' << noise << ',' << seed << ','
+                              << sum / options.steps << '\n';
                 for (int panel = 0; panel < 3; ++panel) {
                     if (crowd.particles == CROWDS[2].particles && seed == 1 && noise == DRAWN[panel]) {
                         DrawPanel(canvas, panel, simulation, crowd.side, noise);
@@ -98,14 +92,7 @@ int Main(Options const& options) {
             }
         }
     }
-    csv.close();
-    std::printf("\n");
-    if (!csv || !canvas.Save(pictureFile)) {
-        std::fprintf(stderr, "alignment: %s and %s could not be written\n", csvFile.c_str(), pictureFile.c_str());
-        return 1;
-    }
-    std::printf("The measurements are in %s, the picture is in %s\n", csvFile.c_str(), pictureFile.c_str());
-    return 0;
+    return output.Finish(canvas);
 }
 
 } // namespace

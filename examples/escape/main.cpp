@@ -5,6 +5,7 @@
 // picture of the last speed's first run. plot.gp plots the CSV.
 
 #include "../support/Canvas.h"
+#include "../support/Output.h"
 #include "Behaviours.h"
 #include "Simulation.h"
 
@@ -13,7 +14,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -91,13 +91,8 @@ void Run(Escape::Simulation& simulation, EachStep const& eachStep) {
 }
 
 int Main(Options const& options) {
-    std::string const csvFile = options.output + "/escape.csv";
-    std::string const pictureFile = options.output + "/escape.png";
-    std::ofstream csv;
-    if (Example::MakeFolderOf(csvFile)) {
-        csv.open(csvFile);
-    }
-    csv << "desired speed in m/s,seed,people,left,leaving time in s,outflow in 1/s\n";
+    Example::Output output("escape", options.output,
+                           "desired speed in m/s,seed,people,left,leaving time in s,outflow in 1/s");
     Example::Canvas canvas(3 * PANEL, PANEL + 25, 1, 1, 1);
     std::size_t runs = 0;
     for (float const speed : options.speeds) {
@@ -116,18 +111,11 @@ int Main(Options const& options) {
             });
             std::vector<double> const& times = simulation.GetLeavingTimes();
             double const last = times.empty() ? 0 : times.back();
-            csv << speed << ',' << seed << ',' << options.people << ',' << times.size() << ',' << last << ','
-                << (times.empty() ? 0 : static_cast<double>(times.size()) / last) << '\n';
+            output.Rows() << speed << ',' << seed << ',' << options.people << ',' << times.size() << ',' << last << ','
+                          << (times.empty() ? 0 : static_cast<double>(times.size()) / last) << '\n';
         }
     }
-    csv.close();
-    std::printf("\n");
-    if (!csv || !canvas.Save(pictureFile)) {
-        std::fprintf(stderr, "escape: %s and %s could not be written\n", csvFile.c_str(), pictureFile.c_str());
-        return 1;
-    }
-    std::printf("The measurements are in %s, the picture is in %s\n", csvFile.c_str(), pictureFile.c_str());
-    return 0;
+    return output.Finish(canvas);
 }
 
 } // namespace
