@@ -62,12 +62,13 @@ std::span<Member const> GridOrganizer::GetCell(int column, int row) const noexce
     if (column < 0 || column >= columns || row < 0 || row >= rows || cells.starts.empty()) {
         return {};
     }
-    auto const cell = static_cast<std::size_t>(column) * static_cast<std::size_t>(rows) + static_cast<std::size_t>(row);
+    std::size_t const cell = IndexOf({column, row});
     return {cells.members.data() + cells.starts[cell], cells.members.data() + cells.starts[cell + 1]};
 }
 
-std::size_t GridOrganizer::CellCount() const noexcept {
-    return static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows);
+/// Also of the cell behind the last one of its column, which is the first of the next.
+std::size_t GridOrganizer::IndexOf(Cell cell) const noexcept {
+    return static_cast<std::size_t>(cell.column) * static_cast<std::size_t>(rows) + static_cast<std::size_t>(cell.row);
 }
 
 /// Reads the two floats one by one: copying the vector would take them through memory.
@@ -131,15 +132,13 @@ void GridOrganizer::Refresh() {
     // One more cell, behind the others, takes those that are nowhere. The counts are kept two places further
     // on, so that after the sums each start stands one place further on, and moves to its place while the
     // members before it are put down.
-    std::size_t const nowhere = CellCount();
+    std::size_t const nowhere = IndexOf({columns, 0});
     std::vector<std::uint32_t>& starts = cells.starts;
     starts.assign(nowhere + 3, 0);
     cells.cellOf.resize(members.size());
     for (std::size_t i = 0; i < members.size(); ++i) {
         Point const position = PositionOf(members[i]);
-        Cell const at = CellAt(position);
-        std::size_t const cell =
-            static_cast<std::size_t>(at.column) * static_cast<std::size_t>(rows) + static_cast<std::size_t>(at.row);
+        std::size_t const cell = IndexOf(CellAt(position));
         bool const isSomewhere = !std::isnan(position.x) && !std::isnan(position.z);
         cells.cellOf[i] = static_cast<std::uint32_t>(isSomewhere ? cell : nowhere);
         ++starts[cells.cellOf[i] + 2];
@@ -199,8 +198,7 @@ void GridOrganizer::ForEachRun(Query const& query, OnInside const& onInside, OnS
             // Where the distance overflows to what is no number, the members are tested.
             return squaredDistance > query.squaredOuter ? OUTSIDE : STRADDLING;
         };
-        std::uint32_t const* const starts =
-            cells.starts.data() + static_cast<std::size_t>(column) * static_cast<std::size_t>(rows);
+        std::uint32_t const* const starts = cells.starts.data() + IndexOf({column, 0});
         for (int row = query.first.row; row <= query.last.row;) {
             Kind const kind = kindOf(row);
             int const firstRow = row;
@@ -285,15 +283,13 @@ void GridOrganizer::AppendToForeign(MemberSelection& result, MemberPool& pool, Q
 /// Three steps, each of which needs what the one before has fetched: where the cells begin, their members, and
 /// the positions of those that will be tested.
 void GridOrganizer::Prefetch(Query const& query) const noexcept {
-    auto const startsOf = [this](int column) {
-        return cells.starts.data() + static_cast<std::size_t>(column) * static_cast<std::size_t>(rows);
-    };
+    std::uint32_t const* const starts = cells.starts.data();
     for (int column = query.first.column; column <= query.last.column; ++column) {
-        Util::PrefetchForReading(startsOf(column) + query.first.row);
+        Util::PrefetchForReading(starts + IndexOf({column, query.first.row}));
     }
     for (int column = query.first.column; column <= query.last.column; ++column) {
-        Util::PrefetchForReading(cells.members.data() + startsOf(column)[query.first.row]);
-        Util::PrefetchForReading(cells.members.data() + startsOf(column)[query.last.row + 1]);
+        Util::PrefetchForReading(cells.members.data() + starts[IndexOf({column, query.first.row})]);
+        Util::PrefetchForReading(cells.members.data() + starts[IndexOf({column, query.last.row + 1})]);
     }
     ForEachRun(
         query, [](Member const*, Member const*) {},

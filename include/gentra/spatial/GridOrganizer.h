@@ -71,7 +71,7 @@ private:
     [[nodiscard]] static Point PositionAt(unsigned char const* position) noexcept;
     [[nodiscard]] Point PositionOf(Member member) const noexcept;
     [[nodiscard]] Cell CellAt(Point point) const noexcept;
-    [[nodiscard]] std::size_t CellCount() const noexcept;
+    [[nodiscard]] std::size_t IndexOf(Cell cell) const noexcept;
     template<class OnInside, class OnStraddling>
     void ForEachRun(Query const& query, OnInside const& onInside, OnStraddling const& onStraddling) const;
     void Prefetch(Query const& query) const noexcept;
