@@ -44,7 +44,8 @@ void DrawPanel(Example::Canvas& canvas, int panel, Alignment::Simulation& simula
     cairo_translate(cairo, panel * PANEL + 5, 5);
     cairo_set_source_rgb(cairo, 0.07, 0.09, 0.13);
     cairo_rectangle(cairo, 0, 0, PANEL - 10, PANEL - 10);
-    cairo_fill(cairo);
+    cairo_fill_preserve(cairo);
+    cairo_clip(cairo);
     double const scale = (PANEL - 10) / static_cast<double>(side);
     cairo_scale(cairo, scale, scale);
     int const position = particles.GetDataOffsetFromPropertyName("Position");
@@ -66,6 +67,9 @@ void DrawPanel(Example::Canvas& canvas, int panel, Alignment::Simulation& simula
 
 int Main(Options const& options) {
     Example::Output output("alignment", options.output, "particles,side,noise,seed,order parameter");
+    if (!output.CanWrite()) {
+        return 1;
+    }
     Example::Canvas canvas(3 * PANEL, PANEL + 25, 1, 1, 1);
     std::size_t runs = 0;
     for (Crowd const& crowd : CROWDS) {

@@ -16,6 +16,7 @@ namespace Escape {
 namespace {
 
 using namespace Gentra;
+using Example::AddScaled;
 using Example::Read;
 using Math::Vec3;
 
@@ -41,11 +42,6 @@ Example::Random randomNumbers;
 float Dot(Vec3 const& a, Vec3 const& b) {
     return a.x * b.x + a.z * b.z;
 }
-void AddScaled(Vec3& sum, Vec3 const& v, float factor) {
-    sum.x += factor * v.x;
-    sum.z += factor * v.z;
-}
-
 /// What all behaviours of people work on: shared by name, so each person has one of each.
 class PersonBehaviour : public Behaviour {
 protected:
@@ -104,6 +100,7 @@ public:
     Push() : PersonBehaviour("Push") {
         FlexibleValue(FIRST_OWN, "DesiredSpeed");
         FlexibleValue(FIRST_OWN + 1, "TimeStep");
+        PoolValue(FIRST_OWN + 2, "Damping", SHARED_INTRINSIC);
     }
 
     void ProcessMembers(std::vector<Member>& members, Member&) override {
@@ -112,6 +109,7 @@ public:
         organizer.Update(0, 1, ReadFlexibleValue(FIRST_OWN + 1));
         MemberSelection neighbours(&pool);
         float const desiredSpeed = ReadFlexibleValue(FIRST_OWN);
+        float highestPressure = 0;
         for (Member const& each : members) {
             member = each;
             Body const body = BodyOf(each);
@@ -126,7 +124,10 @@ public:
                 pressure += AddContact(force, body, NearestOf(wall, body.position));
             }
             UseMemberVec3(FORCE) = force;
+            highestPressure = std::max(highestPressure, pressure);
         }
+        // Friction grows with the overlap as pressure does.
+        UsePoolValue(FIRST_OWN + 2) = SLIDING_FRICTION / BODY_STIFFNESS * highestPressure / MASS;
     }
 
 private:

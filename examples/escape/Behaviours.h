@@ -25,7 +25,9 @@ constexpr float LARGEST_RADIUS = 0.35f;
 /// | Push  | first in each frame | DesiredSpeed, TimeStep  |
 /// | Walk  | then                | TimeStep                |
 ///
-/// Push works out everybody's force from where all are now, and only Walk moves them: so nobody's order counts.
+/// Push works out everybody's force from where all are now, and only Walk moves them: so nobody's order counts. Push
+/// also says, in the pool property "Damping", by what share of the velocity between bodies friction takes away in a
+/// second, where it is highest: a time step must be well below its inverse.
 void RegisterBehaviours(std::uint32_t seed);
 
 } // namespace Escape

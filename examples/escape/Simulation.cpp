@@ -13,12 +13,14 @@ using namespace Gentra;
 namespace {
 
 constexpr float OUTSIDE = SIDE + 1.0f;
+/// The share of a velocity that friction may take away in one step.
+constexpr float MOST_DAMPING = 0.5f;
 
 } // namespace
 
-Simulation::Simulation(int count, float newDesiredSpeed, float newTimeStep, std::uint32_t seed)
+Simulation::Simulation(int count, float newDesiredSpeed, float newLongestStep, std::uint32_t seed)
     : EventListener("Escape"), people(ContextManager::GetMainContext()), desiredSpeed(newDesiredSpeed),
-      timeStep(newTimeStep) {
+      longestStep(newLongestStep) {
     RegisterBehaviours(seed);
     people.SetName("People");
     GlobalEventManager::RegisterListener(this, MemberPool::EVENT_CONSTRUCT);
@@ -31,13 +33,16 @@ void Simulation::HandleEvent(Util::Event const& event) {
         return;
     }
     Example::AddValue(people, "DesiredSpeed", desiredSpeed);
-    Example::AddValue(people, "TimeStep", timeStep);
+    Example::AddValue(people, "TimeStep", longestStep);
     people.LinkActiveBehaviour(Example::New(people, "Push"));
     people.LinkActiveBehaviour(Example::New(people, "Walk"));
     people.LinkMemberConstructionBehaviour(Example::New(people, "Enter"));
 }
 
 void Simulation::Step() {
+    float& timeStep = people.GetPropertyFromName("TimeStep")->value;
+    float const damping = people.GetPropertyFromName("Damping")->value; // as of the step before
+    timeStep = damping * longestStep > MOST_DAMPING ? MOST_DAMPING / damping : longestStep;
     people.ProcessMemberPool();
     time += static_cast<double>(timeStep);
     int const position = people.GetDataOffsetFromPropertyName("Position");

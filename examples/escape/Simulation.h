@@ -14,10 +14,11 @@ namespace Escape {
 /// People in a room with one door, who all want to leave.
 class Simulation : private Util::EventListener {
 public:
-    /// `desiredSpeed` in m/s, `timeStep` in s. Equal seeds give equal runs. One simulation at a time.
-    Simulation(int people, float desiredSpeed, float timeStep, std::uint32_t seed);
+    /// `desiredSpeed` in m/s, `longestStep` in s. Equal seeds give equal runs. One simulation at a time.
+    Simulation(int people, float desiredSpeed, float longestStep, std::uint32_t seed);
 
-    /// One time step. Whoever is a metre behind the door has left, and is deleted.
+    /// One time step, shorter than the longest where bodies are pressed so hard that friction would overshoot.
+    /// Whoever is a metre behind the door has left, and is deleted.
     void Step();
 
     /// Seconds since the beginning.
@@ -33,7 +34,7 @@ private:
 
     Gentra::MemberPool people;
     float desiredSpeed;
-    float timeStep;
+    float longestStep;
     double time = 0;
     std::vector<double> leavingTimes;
 };

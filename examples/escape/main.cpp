@@ -33,11 +33,11 @@ struct Options {
     int people = 200;
     std::vector<float> speeds = {0.6f, 0.8f, 1.0f, 1.25f, 1.5f, 1.75f, 2.0f, 2.5f, 3.0f, 3.5f, 4.0f, 4.5f, 5.0f};
     int seeds = 5;
-    float timeStep = 0.002f;
+    float longestStep = 0.002f;
     std::string output = "out";
 };
 
-/// Draws the people, coloured by the force that presses them, into one panel of the picture.
+/// Draws the people, coloured by the force that presses them (red from 4000 N on), into one panel of the picture.
 void DrawPanel(Example::Canvas& canvas, int panel, Escape::Simulation& simulation) {
     MemberPool& people = simulation.GetPool();
     cairo_t* const cairo = canvas.Get();
@@ -60,11 +60,11 @@ void DrawPanel(Example::Canvas& canvas, int panel, Escape::Simulation& simulatio
     }
     cairo_stroke(cairo);
     int const position = people.GetDataOffsetFromPropertyName("Position");
-    int const force = people.GetDataOffsetFromPropertyName("Pressure");
+    int const pressing = people.GetDataOffsetFromPropertyName("Pressure");
     int const radius = people.GetDataOffsetFromPropertyName("Radius");
     for (Member const person : people.GetAllMembers()) {
         auto const at = Datum::Read<Math::Vec3>(person.record + position);
-        double const pressure = std::min(static_cast<double>(Datum::Read<float>(person.record + force)) / 4000, 1.0);
+        double const pressure = std::min(static_cast<double>(Datum::Read<float>(person.record + pressing)) / 4000, 1.0);
         cairo_set_source_rgb(cairo, 0.25 + 0.7 * pressure, 0.55 - 0.4 * pressure, 0.75 - 0.6 * pressure);
         canvas.Disc(static_cast<double>(at.x), static_cast<double>(at.z),
                     static_cast<double>(Datum::Read<float>(person.record + radius)));
@@ -93,22 +93,28 @@ void Run(Escape::Simulation& simulation, EachStep const& eachStep) {
 int Main(Options const& options) {
     Example::Output output("escape", options.output,
                            "desired speed in m/s,seed,people,left,leaving time in s,outflow in 1/s");
+    if (!output.CanWrite()) {
+        return 1;
+    }
     Example::Canvas canvas(3 * PANEL, PANEL + 25, 1, 1, 1);
     std::size_t runs = 0;
-    for (float const speed : options.speeds) {
+    for (float const& speed : options.speeds) {
         for (int seed = 1; seed <= options.seeds; ++seed) {
             std::printf("\rrun %zu of %zu: %.2f m/s, seed %d   ", ++runs,
                         options.speeds.size() * static_cast<std::size_t>(options.seeds), static_cast<double>(speed),
                         seed);
             std::fflush(stdout);
-            Escape::Simulation simulation(options.people, speed, options.timeStep, static_cast<std::uint32_t>(seed));
-            bool const isDrawn = seed == 1 && speed == options.speeds.back();
+            Escape::Simulation simulation(options.people, speed, options.longestStep, static_cast<std::uint32_t>(seed));
+            bool const isDrawn = seed == 1 && &speed == &options.speeds.back();
             int panel = 0;
             Run(simulation, [&] {
                 if (isDrawn && panel < 3 && simulation.GetTime() >= MOMENTS[panel]) {
                     DrawPanel(canvas, panel++, simulation);
                 }
             });
+            while (isDrawn && panel < 3) { // everybody left before
+                DrawPanel(canvas, panel++, simulation);
+            }
             std::vector<double> const& times = simulation.GetLeavingTimes();
             double const last = times.empty() ? 0 : times.back();
             output.Rows() << speed << ',' << seed << ',' << options.people << ',' << times.size() << ',' << last << ','
@@ -123,12 +129,14 @@ int Main(Options const& options) {
 int main(int argc, char** argv) {
     Options options;
     CLI::App app("People leave a room through one door, each run with a desired speed and a seed.", "escape");
-    app.add_option("--people", options.people, "people in the room")->check(CLI::Range(1, 400))->capture_default_str();
+    app.add_option("--people", options.people, "people in the room")->check(CLI::Range(1, 300))->capture_default_str();
     app.add_option("--speeds", options.speeds, "desired speeds in m/s; the last one is drawn")
-        ->check(CLI::Range(0.1, 10.0))
+        ->check(CLI::Range(0.1, 10.0) & Example::Finite())
         ->capture_default_str();
     app.add_option("--seeds", options.seeds, "runs for each speed")->check(CLI::Range(1, 1000))->capture_default_str();
-    app.add_option("--step", options.timeStep, "time step in s")->check(CLI::Range(1e-5, 2e-3))->capture_default_str();
+    app.add_option("--step", options.longestStep, "longest time step in s")
+        ->check(CLI::Range(1e-5, 2e-3) & Example::Finite())
+        ->capture_default_str();
     app.add_option("--output", options.output, "folder for escape.csv and escape.png")->capture_default_str();
     CLI11_PARSE(app, argc, argv);
     return Main(options);

@@ -16,6 +16,7 @@ namespace Flock {
 namespace {
 
 using namespace Gentra;
+using Example::AddScaled;
 using Example::Read;
 using Math::Vec3;
 
@@ -24,11 +25,6 @@ Example::Random randomNumbers;
 float Length(Vec3 const& v) {
     return std::sqrt(v.x * v.x + v.z * v.z);
 }
-void AddScaled(Vec3& sum, Vec3 const& v, float factor) {
-    sum.x += factor * v.x;
-    sum.z += factor * v.z;
-}
-
 /// What all behaviours of birds work on: shared by name, so each bird has one of each.
 class BirdBehaviour : public Behaviour {
 protected:

@@ -12,7 +12,6 @@
 /// What the examples' hosts and behaviours have in common.
 namespace Example {
 
-using PropertyPtr = Util::RefCountPtr<Gentra::Property>;
 using BehaviourPtr = Util::RefCountPtr<Gentra::Behaviour>;
 
 /// Adds a pool property with a value.
@@ -55,6 +54,12 @@ public:
 template<class T>
 [[nodiscard]] T Read(Gentra::Member member, Gentra::Basic_Parameter const& property) {
     return Gentra::Datum::Read<T>(member.record + property.dataOffset);
+}
+
+/// Adds `factor` times `v` to `sum`, in the plane.
+inline void AddScaled(Math::Vec3& sum, Math::Vec3 const& v, float factor) {
+    sum.x += factor * v.x;
+    sum.z += factor * v.z;
 }
 
 /// Random numbers that are the same everywhere: the standard's distributions differ between libraries.

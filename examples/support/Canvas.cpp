@@ -31,12 +31,6 @@ void Canvas::Disc(double x, double y, double radius) {
     cairo_fill(context);
 }
 
-void Canvas::Line(double x1, double y1, double x2, double y2) {
-    cairo_move_to(context, x1, y1);
-    cairo_line_to(context, x2, y2);
-    cairo_stroke(context);
-}
-
 void Canvas::Dart(double x, double y, double angle, double length) {
     cairo_save(context);
     cairo_translate(context, x, y);

@@ -24,7 +24,6 @@ public:
     // Drawing, in the units that cairo's transformation gives.
 
     void Disc(double x, double y, double radius);
-    void Line(double x1, double y1, double x2, double y2);
     /// A dart at a point, along an angle.
     void Dart(double x, double y, double angle, double length);
     /// The colour for a direction: the colours go round with it.

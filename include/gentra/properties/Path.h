@@ -45,15 +45,19 @@ public:
     // Building. What these set is looked up from its IDs when the path is used for the first time after its
     // construction or Clear(). Null pointers to properties count as NIL, which no context finds.
 
+    /// Makes the path an empty one.
     void Clear();
     /// Forgets what was looked up, and the indices.
     void ClearResolvedPath();
+    /// Begins at that pool, which need not outlive the path.
     void SetRootMemberPool(MemberPool& pool);
+    /// Begins at the pool of that ID, which is looked up when the path is resolved; 0 for an empty path.
     void SetRootMemberPoolID(Util::ShortID id) noexcept { rootPoolID = id; }
     /// Appends a level, with the index 0.
     void AddRootingMemberSelectionBack(Util::RefCountPtr<MemberSelectionProperty> property);
     /// Puts a level before the others. The index of the root pool stays the first one.
     void AddRootingMemberSelectionFront(Util::RefCountPtr<MemberSelectionProperty> property);
+    /// Ends at that property.
     void SetDestinationProperty(Util::RefCountPtr<Property> property);
     /// A path without levels from the property's pool to the property. Clears the path for Property::NIL and
     /// for a property in no pool.
@@ -97,12 +101,12 @@ public:
     /// MemberSelection".
     void SetDestinationMemberSelectionNoIndices(MemberSelection* selection);
     void SetDestinationMemberSelectionUsingIndices(MemberSelection* selection);
-    /// The indices, the root pool's first, then one per level, counted from 0; a negative one stands for the
-    /// active member of its level, and for none as the last one that picks a member. They last until the path
-    /// is resolved again. Where a caller has taken entries out there is no member.
+    /// The indices, the root pool's first, then one per level, counted from 0. A negative one stands for the
+    /// active member, but as the last one, where GetDestinationMemberUsingIndices() then has no member. They
+    /// last until the path is resolved again. Where a caller has taken entries out there is no member.
     [[nodiscard]] std::vector<int>& GetIndicesForManipulation();
-    /// The names of root pool, levels and destination with ":" between them. Empty for an empty path, "Path
-    /// not resolved" for one that leads nowhere.
+    /// Replaces `name` by the names of root pool, levels and destination with ":" between them. Empty for an empty
+    /// path, "Path not resolved" for one that leads nowhere.
     void GetPathName(Util::String& name);
 
     /// The ID of the last level, without levels that of the root pool. Resolves nothing.

@@ -37,9 +37,11 @@ public:
     PropertyReference& operator=(PropertyReference const& other);
     ~PropertyReference();
 
-    /// The property that is referred to, else the default one.
+    /// The property that is referred to, else the default one. What a caller assigns is the target until the
+    /// next event or call changes it.
     [[nodiscard]] Util::RefCountPtr<Property>& GetProperty() noexcept { return property; }
     Property* operator->() const noexcept { return property.Get(); }
+    /// The ID of that property, of Property::NIL for a null pointer.
     [[nodiscard]] Util::ShortID GetPropertyID() const;
 
     /// The pool that the reference is bound to, or null.
@@ -53,8 +55,8 @@ public:
     /// Binds to the main context's pool of that ID, if there is one now or as soon as one is created. Nothing
     /// happens for the ID that is set already.
     void SetOwnerPoolID(Util::ShortID const& id);
-    /// Refers to the property of that name from now on; the default property, unless it is Property::NIL, is
-    /// renamed to it. Nothing happens for the name that is set already.
+    /// Refers to the property of that name from now on; the default property, unless it is one of the
+    /// shared NIL properties, is renamed to it. Nothing happens for the name that is set already.
     void SetPropertyName(Util::String const& name);
     /// Replaces the default. It becomes the target as well when that is Property::NIL.
     void SetDefaultProperty(Util::RefCountPtr<Property> const& newDefault);

@@ -18,7 +18,7 @@ struct BoundingRect {
 
     void Reset() noexcept { *this = BoundingRect(); }
 
-    /// Includes a point. A coordinate that is not a number only counts, and then stays, in the first one.
+    /// Includes a point. A coordinate that is not a number is ignored, but in the first point, where it stays.
     void Extend(float x, float z) noexcept {
         if (empty) {
             minX = maxX = x;

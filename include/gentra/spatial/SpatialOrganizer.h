@@ -23,13 +23,14 @@ class MemberSelection;
 /// not count.
 ///
 /// SpatialRelations makes the organizers; behaviours reach them by Behaviour::GetSpatialOrganizer(). An
-/// organizer sorts the members once, and again only when it is told to (Update(), Rebuild(), Refresh()); in
-/// between it answers by what it knows.
+/// organizer sorts the members once, and again only when it is told to (Update(), Rebuild(), Refresh()). In
+/// between it knows nobody who has come, still knows who was deleted (whose record may by then be another
+/// member's), and may take members for where they were when they were sorted.
 ///
-/// The selection must outlive it, and whenever members are sorted it must list none that has gone with a
-/// clearing of its pool. Without a position to read (the pool's records have no vector of the position
-/// property where it was at first) nobody is sorted. Nobody is found when the selection has gone or has
-/// another pool, or when the pool has been cleared, since the members were sorted. No record is read then.
+/// Whenever members are sorted the selection must list none that has gone with a clearing of its pool. Without a
+/// position to read (the pool's records have no vector of the position property where it was at first) nobody is
+/// sorted. Nobody is found when the selection has gone or has another pool, or when the pool has been cleared, since
+/// the members were sorted. No record is read then.
 class GENTRA_EXPORT SpatialOrganizer {
 public:
     /// `newPositionProperty` is the position of the members of the selection's base pool. Nothing is sorted
@@ -42,15 +43,16 @@ public:
     // Virtual operations in slot order; compiled plug-ins depend on it. There is no virtual destructor: the
     // spatial relations destroy an organizer as what they created it as.
 
-    /// Appends to `result` the members within `radius` (in world units) of `centre`, but for `exclude`;
-    /// Member::NIL excludes nobody. Nothing is within a radius of 0 or less. `result` is not cleared first and
+    /// Appends to `result` the members nearer than `radius` (in world units) to `centre`, but for `exclude`;
+    /// Member::NIL excludes nobody. Nobody is nearer than a radius of 0 or less. `result` is not cleared first and
     /// must have the same base pool: otherwise nothing is added, see MemberSelection::AddMember. Allocates
     /// nothing once `result` has held as many members.
     virtual void GetMembersInRadius(MemberSelection& result, Math::Vec3 const& centre, float radius,
                                     Member exclude) = 0;
     /// Adds `timeElapsed` to the times since the last rebuild and refresh. When the former is then longer
     /// than `rebuildInterval` rebuilds and refreshes, else refreshes when the latter is longer than
-    /// `refreshInterval`. All in seconds; with an interval of 0 each call with a positive time acts.
+    /// `refreshInterval`. All in seconds; with an interval of 0 each call with a positive time acts. Every call
+    /// counts: of several behaviours that use one organizer, let one do it.
     virtual void Update(float refreshInterval, float rebuildInterval, float timeElapsed);
     /// Makes a layout for the present positions of the members. Call Refresh() next.
     virtual void Rebuild() = 0;
