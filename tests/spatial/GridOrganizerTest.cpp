@@ -274,6 +274,7 @@ TEST(GridQueries, AreStrictAndAppend) {
     EXPECT_EQ(Near(grid, {}, 5), (std::vector<Member>{all[0]})) << "exactly at the radius";
     EXPECT_EQ(Near(grid, {}, std::nextafter(5.0f, 6.0f)), (std::vector<Member>{all[0], all[1]}));
     EXPECT_EQ(Near(grid, {}, INF), all);
+    EXPECT_TRUE(Near(grid, {5, 0, 5}, 1).empty()) << "in the very middle of the cell";
     EXPECT_EQ(Near(grid, {}, INF, all[1]), (std::vector<Member>{all[0], all[2]}));
     for (float const none : {0.0f, -1.0f, -INF, NAN_}) {
         EXPECT_TRUE(Near(grid, {}, none).empty());
@@ -315,6 +316,9 @@ TEST(GridQueries, SurvivePositionsThatAreNoPlaces) {
             // Before they are sorted again whole cells count as they were.
             std::size_t const near = Near(grid, centre, 4).size();
             EXPECT_TRUE(round < 2 ? near <= count(centre, 4) + std::size(wild) : near == count(centre, 4));
+        }
+        if (round == 2) {
+            EXPECT_EQ(Near(grid, {HUGE_, 0, -HUGE_}, 1).size(), 1u) << "where differences overflow";
         }
         for (Vec3 const& centre : wild) {
             for (float const radius : {1.0f, HUGE_, INF}) {
