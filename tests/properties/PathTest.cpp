@@ -214,11 +214,13 @@ TEST(Paths, AreBuiltFromBothEnds) {
     EXPECT_EQ(NameOf(used), "Houses:Number");
     EXPECT_EQ(Saved(used), Saved(growing));
     used = map.path;
+    ASSERT_TRUE(used.ResolvePathIfNeccessary());
     std::istringstream text(Saved(growing));
     used.LoadFromStream(text);
     EXPECT_EQ(Saved(used), Saved(growing));
     EXPECT_EQ(NameOf(used), "Houses:Number");
     used = map.path;
+    ASSERT_TRUE(used.ResolvePathIfNeccessary());
     used.Clear();
     EXPECT_EQ(Saved(used), std::string("0 0 0\0", 6));
     used.SetRootMemberPoolID(map.houses.GetMemberPoolID());
@@ -331,7 +333,10 @@ TEST(Paths, NeverTakeOtherDataForSelections) {
         PropertyType GetPropertyType() override { return VALUE; }
     };
     BuiltPool pool;
-    for (PropertyPtr const& property : {PropertyPtr(new Pretender), PropertyPtr(new Denier)}) {
+    Util::RefCountPtr<MemberSelectionProperty> const denier(new Denier);
+    denier->SetBasePoolID(pool.GetMemberPoolID());
+    denier->SetBasePoolFromID();
+    for (PropertyPtr const& property : {PropertyPtr(new Pretender), PropertyPtr(denier)}) {
         pool.AddMemberProperty(property);
         std::stringstream text(std::to_string(static_cast<int>(pool.GetMemberPoolID())) + " 1 " +
                                std::to_string(static_cast<int>(property->GetPropertyID())) + " 0");
