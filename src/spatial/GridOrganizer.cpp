@@ -134,8 +134,9 @@ void GridOrganizer::Refresh() {
     // members before it are put down.
     std::size_t const nowhere = IndexOf({columns, 0});
     std::vector<std::uint32_t>& starts = cells.starts;
-    starts.assign(nowhere + 3, 0);
     cells.cellOf.resize(members.size());
+    cells.members.resize(members.size());
+    starts.assign(nowhere + 3, 0); // last: while it is empty nothing counts as sorted, should memory run out
     for (std::size_t i = 0; i < members.size(); ++i) {
         Point const position = PositionOf(members[i]);
         std::size_t const cell = IndexOf(CellAt(position));
@@ -146,7 +147,6 @@ void GridOrganizer::Refresh() {
     for (std::size_t cell = 2; cell < starts.size(); ++cell) {
         starts[cell] += starts[cell - 1];
     }
-    cells.members.resize(members.size());
     for (std::size_t i = 0; i < members.size(); ++i) {
         cells.members[starts[cells.cellOf[i] + 1]++] = members[i];
     }
