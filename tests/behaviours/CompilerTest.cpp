@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 #include "support/Host.h"
-#include "support/MessageLog.h"
 
 #include <gtest/gtest.h>
 
@@ -12,10 +11,7 @@
 namespace {
 
 using namespace Gentra;
-using Support::Messages;
-using Support::Pool;
-using Support::PropertyPtr;
-using Support::TestBehaviour;
+using namespace Support;
 using Util::RefCountPtr;
 
 void Declare(TestBehaviour& behaviour, PropertyOwner owner, PropertyType type, char const* name,
@@ -38,12 +34,12 @@ protected:
         return owner == MEMBER ? PropertyPtr(ofMembers) : owner == POOL ? PropertyPtr(ofPool) : PropertyPtr(free);
     }
 
-    Support::MessageLog log;
+    MessageLog log;
     Pool pool;
-    RefCountPtr<VectorProperty> before = Support::Vector("before");
-    RefCountPtr<ValueProperty> ofMembers = Support::Value("m", 1);
-    RefCountPtr<ValueProperty> ofPool = Support::Value("p", 2);
-    RefCountPtr<ValueProperty> free = Support::Value("f", 3);
+    RefCountPtr<VectorProperty> before = Vector("before");
+    RefCountPtr<ValueProperty> ofMembers = Value("m", 1);
+    RefCountPtr<ValueProperty> ofPool = Value("p", 2);
+    RefCountPtr<ValueProperty> free = Value("f", 3);
     TestBehaviour behaviour{"B"};
 };
 
@@ -184,8 +180,7 @@ TEST_F(Compiling, ReadsAndWritesValuesByKind) {
 
 TEST_F(Compiling, ReadsAndWritesVectorsByKind) {
     pool.InitializeMemberPool();
-    PropertyPtr const properties[] = {Support::Vector("p", {2, 0, 0}), Support::Vector("m", {1, 0, 0}),
-                                      Support::Vector("f", {3, 0, 0})};
+    PropertyPtr const properties[] = {Vector("p", {2, 0, 0}), Vector("m", {1, 0, 0}), Vector("f", {3, 0, 0})};
     pool.AddPoolProperty(properties[POOL]);
     pool.AddMemberProperty(properties[MEMBER]);
     pool.SetMemberCount(1);
@@ -276,7 +271,7 @@ TEST_F(Compiling, ReachesTheActiveMemberOfAnotherPool) {
     Pool other("Other");
     RefCountPtr<TestBehaviour> const reader(new TestBehaviour("Reader"));
     reader->FlexibleValue(0, "e");
-    other.AddMemberProperty(Support::Value("small"));
+    other.AddMemberProperty(Value("small"));
     other.LinkActiveBehaviour(reader);
     reader->LinkPropertyToVisibleInterface(ofMembers, 0);
     other.CompileMemberPool();
@@ -314,7 +309,7 @@ TEST_F(Compiling, LooksPropertiesUpByName) {
 
 TEST(Execution, RunsOverTheMembersItFound) {
     Pool pool;
-    pool.AddMemberProperty(Support::Value("v"));
+    pool.AddMemberProperty(Value("v"));
     pool.SetMemberCount(3);
     TestBehaviour behaviour;
     std::vector<Member> members = pool.GetAllMembers();

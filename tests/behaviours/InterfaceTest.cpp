@@ -2,15 +2,13 @@
 // SPDX-License-Identifier: MIT
 
 #include "support/Host.h"
-#include "support/MessageLog.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
 using namespace Gentra;
-using Support::Messages;
-using Support::TestBehaviour;
+using namespace Support;
 
 std::vector<std::string> NamesOf(std::vector<Parameter*> const& records) {
     std::vector<std::string> names;
@@ -40,7 +38,7 @@ TEST(NewBehaviours, AreNotReadyAndSortByTheirKey) {
 TEST(NewBehaviours, AnnounceThemselvesOnRequest) {
     TestBehaviour behaviour;
     int heard = 0;
-    Support::Listener const listener(Behaviour::EVENT, [&](Util::Event const& event) {
+    Listener const listener(Behaviour::EVENT, [&](Util::Event const& event) {
         ++heard;
         EXPECT_EQ(event.subject, static_cast<Behaviour*>(&behaviour));
         EXPECT_EQ(event.type.subName, "Create");
@@ -87,7 +85,7 @@ TEST(Declarations, GiveOwnerTypeScopeAndDefault) {
         EXPECT_EQ(record.value, row.value);
         EXPECT_EQ(record.vector.x, row.x);
         EXPECT_EQ(behaviour.GetNumVisibleInterfaceLinks(), row.scope == VISIBLE ? 1 : 0);
-        EXPECT_TRUE(behaviour.linkedProperties == std::vector<Support::PropertyPtr>{Property::NIL});
+        EXPECT_TRUE(behaviour.linkedProperties == std::vector<PropertyPtr>{Property::NIL});
     }
 }
 
@@ -98,7 +96,7 @@ protected:
         behaviour.MemberValue(0, "s", SHARED_INTRINSIC, 0);
         behaviour.FlexibleVec3(0, "b");
     }
-    Support::MessageLog log;
+    MessageLog log;
     TestBehaviour behaviour;
     Util::String name = "kept";
     PropertyOwner owner = POOL;
@@ -176,7 +174,7 @@ TEST_F(Interfaces, LeaveTheLinksWhenTheyAreCleared) {
     EXPECT_EQ(behaviour.GetNumInterfaceLinks(), 0);
     EXPECT_EQ(behaviour.GetIndexOfFirstIntrinsicParameterInVisibleInterface(), 0);
     EXPECT_EQ(behaviour.linkedProperties.size(), 3u);
-    auto const value = Support::Value("v");
+    auto const value = Value("v");
     EXPECT_FALSE(behaviour.LinkPropertyToInterface(value, 2));
     behaviour.UpdateProperties();
     EXPECT_FALSE(behaviour.PushLinkedParamsToFastParams());
@@ -188,7 +186,7 @@ TEST_F(Interfaces, LeaveTheLinksWhenTheyAreCleared) {
 }
 
 TEST_F(Interfaces, AreCopiedWithRecordsOfTheirOwn) {
-    auto const value = Support::Value("v");
+    auto const value = Value("v");
     behaviour.LinkPropertyToVisibleInterface(value, 0);
     TestBehaviour assigned("Assigned");
     assigned.FlexibleValue(0, "gone");

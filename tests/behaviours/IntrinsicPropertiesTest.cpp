@@ -2,18 +2,13 @@
 // SPDX-License-Identifier: MIT
 
 #include "support/Host.h"
-#include "support/MessageLog.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
 using namespace Gentra;
-using Support::Messages;
-using Support::Names;
-using Support::Pool;
-using Support::PropertyPtr;
-using Support::TestBehaviour;
+using namespace Support;
 using Util::RefCountPtr;
 using TestPtr = RefCountPtr<TestBehaviour>;
 using Strings = std::vector<std::string>;
@@ -29,7 +24,7 @@ void Declare(TestBehaviour& behaviour, PropertyOwner owner, PropertyType type, c
 
 class Linking : public testing::Test {
 protected:
-    Support::MessageLog log;
+    MessageLog log;
     Pool pool{"A"};
     Pool other{"Z"};
 };
@@ -62,7 +57,7 @@ TEST_F(Linking, ListsBehavioursByKind) {
     pool.LinkPassiveBehaviour(New("passive"));
     pool.LinkActiveBehaviour(New("active"));
     Strings names;
-    for (Support::BehaviourPtr const& behaviour : pool.GetAllBehaviours()) {
+    for (BehaviourPtr const& behaviour : pool.GetAllBehaviours()) {
         names.push_back(behaviour->GetName());
     }
     EXPECT_EQ(names, (Strings{"active", "passive", "member", "pool"}));
@@ -87,10 +82,10 @@ TEST_F(Linking, SharesSharedIntrinsicsByName) {
 }
 
 TEST_F(Linking, GivesUniqueIntrinsicsNamesOfTheirOwn) {
-    pool.AddPoolProperty(Support::Value("own_x"));
-    pool.AddPoolProperty(Support::Value("own_01"));
-    pool.AddPoolProperty(Support::Value("own_4294967296"));
-    pool.AddPoolProperty(Support::Value("owner"));
+    pool.AddPoolProperty(Value("own_x"));
+    pool.AddPoolProperty(Value("own_01"));
+    pool.AddPoolProperty(Value("own_4294967296"));
+    pool.AddPoolProperty(Value("owner"));
     for (int i = 0; i < 3; ++i) {
         TestPtr const behaviour = New();
         behaviour->FlexibleValue(0, "before");
@@ -100,7 +95,7 @@ TEST_F(Linking, GivesUniqueIntrinsicsNamesOfTheirOwn) {
         EXPECT_EQ(behaviour->linkedProperties[1]->GetLinkIndex(), 1);
     }
     EXPECT_EQ(Names(pool.GetAllMemberProperties()), (Strings{"own", "own_1", "own_2"}));
-    pool.AddPoolProperty(Support::Value("own_4294967295"));
+    pool.AddPoolProperty(Value("own_4294967295"));
     TestPtr const last = New();
     last->PoolValue(0, "own", UNIQUE_INTRINSIC);
     pool.LinkActiveBehaviour(last);
@@ -119,7 +114,7 @@ TEST_F(Linking, MakesPoolPropertiesFirstUnderDefaultIds) {
     behaviour->GetUnlinkedIntrinsicVectorParamsByName(names);
     EXPECT_EQ(names, (std::vector<Util::String>{"m"}));
     Strings order;
-    Support::Listener const listener(Property::EVENT, [&](Util::Event const& event) {
+    Listener const listener(Property::EVENT, [&](Util::Event const& event) {
         PropertyPtr const& property = *static_cast<PropertyPtr*>(event.subject);
         order.push_back(property->GetName());
         EXPECT_TRUE(property->GetPropertyID() ==
@@ -133,7 +128,7 @@ TEST_F(Linking, MakesPoolPropertiesFirstUnderDefaultIds) {
 }
 
 TEST_F(Linking, FailsConstructionWhenTheHostTookTheName) {
-    pool.AddMemberProperty(Support::Value("reserved"));
+    pool.AddMemberProperty(Value("reserved"));
     TestPtr const behaviour = New();
     behaviour->MemberValue(0, "first", SHARED_INTRINSIC, 0);
     behaviour->MemberValue(0, "reserved", SHARED_INTRINSIC, 0);
@@ -184,7 +179,7 @@ TEST_F(Linking, KeepsAPropertyOutsideTheTablesWhenThePoolHasOneOfItsName) {
 }
 
 TEST_F(Linking, LeavesAnIntrinsicRefusedByAFullPoolUnready) {
-    pool.AddMemberProperty(Support::Value("v"));
+    pool.AddMemberProperty(Value("v"));
     pool.SetMemberCount(1);
     TestPtr const behaviour = New();
     behaviour->MemberValue(0, "late", SHARED_INTRINSIC, 0);

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 #include "support/Host.h"
-#include "support/MessageLog.h"
 
 #include <gtest/gtest.h>
 
@@ -12,11 +11,7 @@
 namespace {
 
 using namespace Gentra;
-using Support::Constructor;
-using Support::MainContext;
-using Support::Messages;
-using Support::Pool;
-using Support::PropertyPtr;
+using namespace Support;
 
 Messages BuildMessages(std::string const& name) {
     return {"Build \"" + name + "\" Started...", "Initializing \"" + name + "\"", "Constructing \"" + name + "\"",
@@ -55,9 +50,9 @@ TEST(Contexts, AllHearOfEveryPool) {
 }
 
 TEST(Contexts, ReportClashingAndUnknownIds) {
-    Support::MessageLog const log;
+    MessageLog const log;
     Pool pool;
-    PropertyPtr property = Support::Value("p");
+    PropertyPtr property = Value("p");
     pool.AddPoolProperty(property);
     auto const trigger = [](Util::EventType const& type, int param1, void* subject) {
         GlobalEventManager::Trigger(Util::Event(type, param1, 0, subject));
@@ -100,7 +95,7 @@ TEST(Contexts, KeepIdRegistrationsConsistent) {
 TEST(Contexts, ReserveIdsApartFromProperties) {
     Context context;
     Pool pool;
-    auto const property = Support::Value("p");
+    auto const property = Value("p");
     pool.AddPoolProperty(property);
     Util::ShortID const id = property->GetPropertyID();
     EXPECT_FALSE(context.IsPropertyIDUsed(id));
@@ -151,7 +146,7 @@ TEST(Contexts, AreCopiedAsSnapshots) {
 // Passes.
 
 TEST(ConstructPass, BuildsWaitingPoolsInOrderOfCreation) {
-    Support::MessageLog const log;
+    MessageLog const log;
     MainContext().ForceConstructAllMemberPools();
     EXPECT_TRUE(log.Take().empty()) << "nothing waits";
     std::optional<Pool> inner;
@@ -181,7 +176,7 @@ TEST(ConstructPass, BuildsWaitingPoolsInOrderOfCreation) {
 
 TEST(ConstructPass, LetsPoolsBeDestroyedInsideIt) {
     for (int victim = 0; victim < 3; ++victim) {
-        Support::MessageLog const log;
+        MessageLog const log;
         std::vector<std::unique_ptr<Pool>> pools;
         for (char const* const name : {"0", "1", "2"}) {
             pools.push_back(std::make_unique<Pool>(name));
@@ -208,8 +203,8 @@ TEST(ConstructPass, LetsPoolsBeDestroyedInsideIt) {
 
 TEST(ConstructPass, LeavesAPoolOfAPoolConstructionBehaviourUnbuilt) {
     std::optional<Pool> born;
-    Util::RefCountPtr<Support::TestBehaviour> const behaviour(new Support::TestBehaviour);
-    behaviour->work = [&](Support::TestBehaviour&) {
+    Util::RefCountPtr<TestBehaviour> const behaviour(new TestBehaviour);
+    behaviour->work = [&](TestBehaviour&) {
         born.emplace("Born");
         return true;
     };
@@ -235,13 +230,13 @@ TEST(ConstructPass, EndsItsGuardWhenAListenerThrows) {
         Constructor const constructor([](MemberPool&) { throw 1; });
         EXPECT_THROW(MainContext().ForceConstructAllMemberPools(), int);
     }
-    Support::MessageLog const log;
+    MessageLog const log;
     MainContext().ForceReconstructAllMemberPools();
     EXPECT_EQ(log.Take(), BuildMessages("Pool"));
 }
 
 TEST(ReconstructPass, RebuildsAllPoolsById) {
-    Support::MessageLog const log;
+    MessageLog const log;
     Pool high("High");
     Pool low("Low");
     high.SetNewMemberPoolID(1000);
@@ -249,7 +244,7 @@ TEST(ReconstructPass, RebuildsAllPoolsById) {
     std::optional<Pool> below;
     std::optional<Pool> above;
     Constructor const constructor([&](MemberPool& pool) {
-        pool.AddMemberProperty(Support::Value("v"));
+        pool.AddMemberProperty(Value("v"));
         if (pool.GetName() == "High" && !below) {
             below.emplace("Below");
             below->SetNewMemberPoolID(0);
@@ -268,26 +263,6 @@ TEST(ReconstructPass, RebuildsAllPoolsById) {
     EXPECT_EQ(high.GetNumMembers(), 0);
     MainContext().ForceConstructAllMemberPools();
     EXPECT_TRUE(log.Take().empty()) << "what the pass passed by does not wait either";
-}
-
-TEST(ReconstructPass, LeavesNothingBehindOverManyRounds) {
-    Util::RefCountPtr<MemberSelectionProperty> const kept(new MemberSelectionProperty("kept"));
-    Util::RefCountPtr<TextProperty> const text(new TextProperty("text"));
-    Constructor const constructor([&](MemberPool& pool) {
-        kept->SetBasePoolID(pool.GetMemberPoolID());
-        pool.AddMemberProperty(kept);
-        pool.AddMemberProperty(text);
-    });
-    Pool pool;
-    MemberSelection const* selection = nullptr;
-    for (int round = 0; round < 5; ++round) {
-        MainContext().ForceReconstructAllMemberPools();
-        pool.SetMemberCount(1);
-        MemberSelection const* const current = kept->GetMemberSelection(pool, 0);
-        EXPECT_TRUE(round == 0 || current == selection) << "instances are used again";
-        EXPECT_EQ(current->GetBasePool(), &pool);
-        selection = current;
-    }
 }
 
 } // namespace

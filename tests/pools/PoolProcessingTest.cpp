@@ -3,7 +3,6 @@
 
 #include "support/FakeCounter.h"
 #include "support/Host.h"
-#include "support/MessageLog.h"
 
 #include <gtest/gtest.h>
 
@@ -12,12 +11,7 @@
 namespace {
 
 using namespace Gentra;
-using Support::Constructor;
-using Support::MainContext;
-using Support::Messages;
-using Support::Pool;
-using Support::PropertyPtr;
-using Support::TestBehaviour;
+using namespace Support;
 using Util::RefCountPtr;
 using Calls = std::vector<std::string>;
 
@@ -47,7 +41,7 @@ private:
 class Processing : public testing::Test {
 protected:
     Processing() {
-        pool.AddMemberProperty(Support::Value("v"));
+        pool.AddMemberProperty(Value("v"));
         behaviour->FlexibleValue(0, "free");
         PropertyPtr const updating(new Updating(behaviour.Get()));
         behaviour->LinkPropertyToVisibleInterface(updating, 0);
@@ -58,7 +52,7 @@ protected:
         log.Take();
     }
 
-    Support::MessageLog log;
+    MessageLog log;
     Pool pool;
     Pool other{"Other"};
     RefCountPtr<Overriding> behaviour{new Overriding("B")};
@@ -93,9 +87,9 @@ TEST_F(Processing, RunsOneMemberOnRequest) {
 }
 
 TEST_F(Processing, WritesTheTimeSinceTheLastFrame) {
-    Support::FakeCounter counter;
+    FakeCounter counter;
     Pool timed("Timed");
-    auto const elapsed = Support::Value("TimeElapsed", -7);
+    auto const elapsed = Value("TimeElapsed", -7);
     timed.CompileMemberPool();
     counter.now += 400;
     timed.ProcessMemberPool(); // without the property the lap is not read
@@ -121,7 +115,7 @@ TEST_F(Processing, BuildsAPoolOnDemandUnlessItsConstructionFailed) {
     Constructor const constructor([&](MemberPool& built) {
         if (&built == &other) {
             if (clash) {
-                built.AddMemberProperty(Support::Value("reserved"));
+                built.AddMemberProperty(Value("reserved"));
             }
             built.LinkActiveBehaviour(reserving);
         }
@@ -240,7 +234,7 @@ TEST_F(Processing, EndsAWalkWhoseMembersWereRebuilt) {
     Constructor const constructor([&](MemberPool& built) {
         if (&built == &pool) {
             if (isFirst) {
-                built.AddMemberProperty(Support::Vector("large"));
+                built.AddMemberProperty(Vector("large"));
             }
             built.LinkActiveBehaviour(rebuilding);
         }
@@ -267,7 +261,7 @@ TEST_F(Processing, EndsAWalkWhoseMembersWereRebuilt) {
 
 TEST_F(Processing, KeepsABehaviourWithAClearedInterfaceAwayFromForeignRecords) {
     RefCountPtr<TestBehaviour> const shared(new TestBehaviour("Shared"));
-    other.AddMemberProperty(Support::Vector("w"));
+    other.AddMemberProperty(Vector("w"));
     shared->MemberValue(0, "x", SHARED_INTRINSIC, 0);
     other.LinkMemberConstructionBehaviour(shared);
     other.CompileMemberPool();
@@ -333,8 +327,8 @@ TEST_F(Processing, RunsPoolConstructionBehavioursOncePerPass) {
 
 TEST_F(Processing, KeepsBehavioursAwayFromMembersThatTheyDoNotFit) {
     // Linked to the second pool's layout, active in the first.
-    other.AddMemberProperty(Support::Vector("w"));
-    auto const far = Support::Value("far");
+    other.AddMemberProperty(Vector("w"));
+    auto const far = Value("far");
     other.AddMemberProperty(far);
     RefCountPtr<TestBehaviour> const astray(new TestBehaviour("Astray"));
     astray->MemberValue(0, "far", VISIBLE, 0);
@@ -357,7 +351,7 @@ TEST_F(Processing, KeepsBehavioursAwayFromMembersThatTheyDoNotFit) {
     // Ready from an earlier layout, and linked again without a compile.
     pool.InitializeMemberPool();
     EXPECT_TRUE(astray->ReadyToUse());
-    pool.AddMemberProperty(Support::Value("v"));
+    pool.AddMemberProperty(Value("v"));
     pool.SetMemberCount(2);
     pool.LinkPassiveBehaviour(astray);
     pool.ApplyPassiveBehaviour(*astray);
@@ -373,13 +367,13 @@ TEST_F(Processing, ServesSeveralPoolsByOneConstructionBehaviourWhereItFits) {
         other.InitializeMemberPool();
         Pool& first = otherFirst ? other : pool;
         Pool& second = otherFirst ? pool : other;
-        first.AddMemberProperty(Support::Vector("w"));
+        first.AddMemberProperty(Vector("w"));
         first.LinkMemberConstructionBehaviour(shared);
         second.LinkMemberConstructionBehaviour(shared);
         EXPECT_EQ(shared->GetOwnerPool(), nullptr);
         EXPECT_EQ(first.GetAllMemberProperties().size(), 2u) << "a link to an earlier layout was dropped";
         EXPECT_EQ(second.GetAllMemberProperties().size(), 0u) << "already linked";
-        second.AddMemberProperty(Support::Value("v"));
+        second.AddMemberProperty(Value("v"));
         second.CompileMemberPool();
         first.CompileMemberPool();
         shared->TakeCalls();
@@ -412,13 +406,13 @@ TEST_F(Processing, SurvivesBehavioursThatChangeThePool) {
     EXPECT_EQ(late->TakeCalls(), (Calls{"check", "process 2"})) << "linked meanwhile, run in the same frame";
 
     // A behaviour that rebuilds the pool loses its place in it while it runs.
-    Support::BehaviourPtr suicidal(new TestBehaviour("Suicidal"));
+    BehaviourPtr suicidal(new TestBehaviour("Suicidal"));
     static_cast<TestBehaviour&>(*suicidal).work = [&](TestBehaviour& self) {
         MainContext().ForceReconstructAllMemberPools();
         return self.GetOwnerPool() == nullptr;
     };
     pool.InitializeMemberPool();
-    pool.AddMemberProperty(Support::Value("v"));
+    pool.AddMemberProperty(Value("v"));
     pool.SetMemberCount(3);
     pool.LinkActiveBehaviour(suicidal);
     pool.CompileMemberPool();
@@ -456,7 +450,7 @@ TEST_F(Processing, SurvivesAConstructionBehaviourThatClearsThePool) {
 }
 
 TEST_F(Processing, MeasuresPoolAndBehaviours) {
-    Support::FakeCounter counter;
+    FakeCounter counter;
     MainContext().GetPerformanceProfiler().StartNewSession();
     RefCountPtr<TestBehaviour> const slow(new TestBehaviour("Slow"));
     slow->work = [&](TestBehaviour&) {

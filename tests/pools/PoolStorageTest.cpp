@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 #include "support/Host.h"
-#include "support/MessageLog.h"
 
 #include <gtest/gtest.h>
 
@@ -15,9 +14,7 @@
 namespace {
 
 using namespace Gentra;
-using Support::MainContext;
-using Support::Messages;
-using Support::PropertyPtr;
+using namespace Support;
 using Util::RefCountPtr;
 
 // Identity.
@@ -25,14 +22,14 @@ using Util::RefCountPtr;
 TEST(Pools, AnnounceTheirLife) {
     std::string log;
     MemberPool const* subject = nullptr;
-    Support::Listener const listener(MemberPool::EVENT, [&](Util::Event const& event) {
+    Listener const listener(MemberPool::EVENT, [&](Util::Event const& event) {
         EXPECT_EQ(event.param1, 0);
         EXPECT_EQ(event.param2, 0);
         subject = static_cast<MemberPool const*>(event.subject);
         log += event.type.subName + " ";
     });
     {
-        Support::Pool const pool;
+        Pool const pool;
         EXPECT_EQ(subject, &pool);
     }
     EXPECT_EQ(log, "Created Deleted ");
@@ -44,8 +41,8 @@ TEST(Pools, AnnounceTheirLife) {
 }
 
 TEST(Pools, ChangeTheirIdUnlessItIsTaken) {
-    Support::Pool pool;
-    Support::Pool other;
+    Pool pool;
+    Pool other;
     Util::ShortID const former = pool.GetMemberPoolID();
     EXPECT_FALSE(pool.SetNewMemberPoolID(other.GetMemberPoolID()));
     EXPECT_FALSE(pool.SetNewMemberPoolID(former));
@@ -61,20 +58,20 @@ TEST(Pools, ChangeTheirIdUnlessItIsTaken) {
 // Layout.
 
 TEST(Layouts, LayMemberPropertiesEndToEndInOrderOfAddition) {
-    Support::Pool pool;
+    Pool pool;
     for (char const* const name : {"v1", "w", "v2"}) {
         Parameter parameter;
         parameter.MakePropertyCreationParameter(name[0] == 'w' ? VECTOR : VALUE, name, false);
         pool.CreateMemberPropertyFromParameter(parameter, 0);
     }
-    pool.AddPoolProperty(Support::Value("pool"));
+    pool.AddPoolProperty(Value("pool"));
     EXPECT_EQ(pool.GetDataOffsetFromPropertyName("v1"), 0);
     EXPECT_EQ(pool.GetDataOffsetFromPropertyName("w"), 4);
     EXPECT_EQ(pool.GetDataOffsetFromPropertyName("v2"), 16);
     EXPECT_EQ(pool.GetDataOffsetFromPropertyName("pool"), -1);
     EXPECT_EQ(pool.GetDataOffsetFromPropertyName("V1"), -1);
-    EXPECT_EQ(Support::Names(pool.GetAllProperties()), (std::vector<std::string>{"pool", "v1", "w", "v2"}));
-    EXPECT_EQ(Support::Names(pool.GetAllMemberProperties()), (std::vector<std::string>{"v1", "w", "v2"}));
+    EXPECT_EQ(Names(pool.GetAllProperties()), (std::vector<std::string>{"pool", "v1", "w", "v2"}));
+    EXPECT_EQ(Names(pool.GetAllMemberProperties()), (std::vector<std::string>{"v1", "w", "v2"}));
     std::vector<Util::String> names{"stale"};
     pool.GetAllValuePropertiesByName(names);
     EXPECT_EQ(names, (std::vector<Util::String>{"pool", "v1", "v2"}));
@@ -90,7 +87,7 @@ TEST(Layouts, LayMemberPropertiesEndToEndInOrderOfAddition) {
     EXPECT_EQ(v2->GetPropertyOwner(), MEMBER);
     EXPECT_EQ(v2->GetOwnerPool(), &pool);
     EXPECT_TRUE(pool.GetPropertyFromName("none") == Property::NIL);
-    pool.AddPoolProperty(Support::Value("w"));
+    pool.AddPoolProperty(Value("w"));
     EXPECT_EQ(pool.GetPropertyFromName("w")->GetPropertyOwner(), POOL) << "pool properties come first";
     EXPECT_TRUE(pool.GetBehaviourByName("none") == Behaviour::NIL);
 
@@ -101,10 +98,10 @@ TEST(Layouts, LayMemberPropertiesEndToEndInOrderOfAddition) {
 }
 
 TEST(Layouts, KeepTheFirstOfTwoPropertiesWithOneId) {
-    Support::MessageLog const log;
-    Support::Pool pool;
-    auto const first = Support::Value("first");
-    auto const second = Support::Vector("second");
+    MessageLog const log;
+    Pool pool;
+    auto const first = Value("first");
+    auto const second = Vector("second");
     first->SetPropertyID(5);
     second->SetPropertyID(5);
     pool.AddMemberProperty(first);
@@ -113,7 +110,7 @@ TEST(Layouts, KeepTheFirstOfTwoPropertiesWithOneId) {
                                    "already registered"});
     EXPECT_EQ(second->GetDataOffset(), 4);
     EXPECT_TRUE(pool.GetPropertyFromName("second") == Property::NIL);
-    auto const third = Support::Value("third");
+    auto const third = Value("third");
     pool.AddMemberProperty(third);
     EXPECT_EQ(third->GetDataOffset(), 16);
     pool.SetMemberCount(1);
@@ -131,13 +128,13 @@ TEST(Layouts, ShareIntrinsicPropertiesByName) {
          {Row{SHARED_INTRINSIC, SHARED_INTRINSIC, true, true}, Row{UNIQUE_INTRINSIC, SHARED_INTRINSIC, true, true},
           Row{SHARED_INTRINSIC, UNIQUE_INTRINSIC, false, true}, Row{SHARED_INTRINSIC, VISIBLE, false, false},
           Row{VISIBLE, SHARED_INTRINSIC, false, false}}) {
-        Support::Pool pool;
+        Pool pool;
         for (bool const ofMembers : {true, false}) {
             auto const add = [&](PropertyPtr const& property) {
                 return ofMembers ? pool.AddMemberProperty(property) : pool.AddPoolProperty(property);
             };
-            PropertyPtr const existing = Support::Value("name");
-            PropertyPtr const added = Support::Value("name");
+            PropertyPtr const existing = Value("name");
+            PropertyPtr const added = Value("name");
             existing->scope = row.existing;
             added->scope = row.added;
             EXPECT_TRUE(add(existing) == Property::NIL);
@@ -149,11 +146,11 @@ TEST(Layouts, ShareIntrinsicPropertiesByName) {
 }
 
 TEST(Layouts, TakeAPropertyOverFromAnotherPool) {
-    Support::MessageLog const log;
-    Support::Pool first("First");
-    Support::Pool second("Second");
-    second.AddMemberProperty(Support::Vector("before"));
-    auto const moved = Support::Value("moved", 3);
+    MessageLog const log;
+    Pool first("First");
+    Pool second("Second");
+    second.AddMemberProperty(Vector("before"));
+    auto const moved = Value("moved", 3);
     first.AddMemberProperty(moved);
     second.AddMemberProperty(moved);
     EXPECT_EQ(log.Take()[0], "Error: Property already used by another pool!");
@@ -170,18 +167,18 @@ TEST(Layouts, TakeAPropertyOverFromAnotherPool) {
 }
 
 TEST(Layouts, RefusePropertiesWhileThereAreMembers) {
-    Support::MessageLog const log;
-    Support::Pool pool;
-    pool.AddMemberProperty(Support::Value("v"));
+    MessageLog const log;
+    Pool pool;
+    pool.AddMemberProperty(Value("v"));
     pool.SetMemberCount(1);
-    auto const late = Support::Value("late");
+    auto const late = Value("late");
     EXPECT_TRUE(pool.AddMemberProperty(late) == Property::NIL);
     EXPECT_EQ(log.Take(),
               Messages{"Error :: Construction :: The Property \"late\" could not be added to the Pool \"Pool\", "
                        "because the Pool already has Members"});
     EXPECT_TRUE(pool.GetPropertyFromName("late") == Property::NIL);
     for (PropertyOwner const owner : {MEMBER, FLEXIBLE}) {
-        Support::TestBehaviour behaviour;
+        TestBehaviour behaviour;
         Parameter parameter;
         parameter.MakeBehaviourInterfaceParameter(owner, VALUE, "p", VISIBLE);
         behaviour.AddParameterToInterface(&parameter);
@@ -201,7 +198,7 @@ TEST(Layouts, RefusePropertiesWhileThereAreMembers) {
 }
 
 TEST(Layouts, KeepTheSizeOfUserDataThatHasAPlace) {
-    Support::Pool pool;
+    Pool pool;
     RefCountPtr<FixedSizeDataProperty> const block(new FixedSizeDataProperty("f", 8, nullptr));
     pool.AddMemberProperty(block);
     block->Init("f", 4096, nullptr);
@@ -216,8 +213,8 @@ TEST(Layouts, KeepTheSizeOfUserDataThatHasAPlace) {
 }
 
 TEST(Layouts, MoveAPropertyThatIsAddedAgain) {
-    Support::Pool pool;
-    auto const twice = Support::Value("twice", 7);
+    Pool pool;
+    auto const twice = Value("twice", 7);
     pool.AddMemberProperty(twice);
     pool.AddMemberProperty(twice);
     EXPECT_EQ(twice->GetDataOffset(), 4);
@@ -235,7 +232,7 @@ TEST(Records, ComeFromBlocksThatDoubleAndAreFilledFromTheTop) {
     };
     for (Row const& row :
          {Row{20, {16, 32, 64, 128}}, Row{1500, {1, 1, 2, 5, 10, 21, 43, 43}}, Row{70000, {1, 1, 1}}}) {
-        Support::Pool pool;
+        Pool pool;
         pool.AddMemberProperty(new FixedSizeDataProperty("f", row.recordSize, nullptr));
         for (std::size_t const count : row.blocks) {
             unsigned char const* const top = pool.CreateNewMember().record;
@@ -247,11 +244,11 @@ TEST(Records, ComeFromBlocksThatDoubleAndAreFilledFromTheTop) {
 }
 
 TEST(Records, AreGivenOutAgainLastInFirstOut) {
-    Support::MessageLog const log;
-    Support::Pool pool;
-    Support::Pool other("Other");
-    for (Support::Pool* const each : {&pool, &other}) {
-        each->AddMemberProperty(Support::Value("v"));
+    MessageLog const log;
+    Pool pool;
+    Pool other("Other");
+    for (Pool* const each : {&pool, &other}) {
+        each->AddMemberProperty(Value("v"));
     }
     Member const first = pool.CreateNewMember();
     Member const second = pool.CreateNewMember();
@@ -270,9 +267,9 @@ TEST(Records, AreGivenOutAgainLastInFirstOut) {
 
 TEST(Records, StayWhatTheyAreUnderRandomBirthsAndDeaths) {
     std::mt19937 random(3);
-    Support::Pool pool;
-    auto const serial = Support::Value("serial");
-    pool.AddMemberProperty(Support::Vector("w"));
+    Pool pool;
+    auto const serial = Value("serial");
+    pool.AddMemberProperty(Vector("w"));
     pool.AddMemberProperty(serial);
     std::map<unsigned char*, float> alive;
     float next = 0;
@@ -291,8 +288,8 @@ TEST(Records, StayWhatTheyAreUnderRandomBirthsAndDeaths) {
 }
 
 TEST(Records, NeedAProperty) {
-    Support::MessageLog const log;
-    Support::Pool pool;
+    MessageLog const log;
+    Pool pool;
     pool.SetMemberCount(2);
     EXPECT_EQ(pool.CreateNewMember(), Member::NIL);
     EXPECT_EQ(pool.GetNumMembers(), 0);
@@ -300,9 +297,9 @@ TEST(Records, NeedAProperty) {
 }
 
 TEST(Records, AreReachedByIndexes) {
-    Support::Pool pool;
-    pool.AddMemberProperty(Support::Value("v", 1));
-    pool.AddMemberProperty(Support::Value("w", 2));
+    Pool pool;
+    pool.AddMemberProperty(Value("v", 1));
+    pool.AddMemberProperty(Value("w", 2));
     pool.SetMemberCount(2);
     MemberSelection selection(&pool);
     selection.AddMember(pool, pool.GetMemberByIndex(1));
@@ -317,9 +314,9 @@ TEST(Records, AreReachedByIndexes) {
 // Clearing, compiling, copying.
 
 TEST(Clearing, TakesThePropertiesOutWithOneEventEach) {
-    Support::Pool pool;
+    Pool pool;
     std::string log;
-    Support::Listener const listener(
+    Listener const listener(
         Util::EventType(Property::EVENT, "Test", pool.GetIdentityValue()), [&](Util::Event const& event) {
             PropertyPtr const& property = *static_cast<PropertyPtr*>(event.subject);
             EXPECT_EQ(event.param2, 0);
@@ -328,11 +325,11 @@ TEST(Clearing, TakesThePropertiesOutWithOneEventEach) {
                 EXPECT_EQ(property->GetOwnerPool(), &pool) << "it has not left yet";
             }
         });
-    auto const kept = Support::Value("m1");
+    auto const kept = Value("m1");
     pool.AddMemberProperty(kept);
-    pool.AddPoolProperty(Support::Value("p1"));
-    pool.AddMemberProperty(Support::Value("m2"));
-    pool.AddPoolProperty(Support::Value("p2"));
+    pool.AddPoolProperty(Value("p1"));
+    pool.AddMemberProperty(Value("m2"));
+    pool.AddPoolProperty(Value("p2"));
     EXPECT_EQ(std::exchange(log, {}), "m1 MemberPool0 p1 MemberPool0 m2 MemberPool0 p2 MemberPool0 ");
     pool.SetMemberCount(3);
     pool.ActivateFirstMember();
@@ -348,20 +345,20 @@ TEST(Clearing, TakesThePropertiesOutWithOneEventEach) {
 }
 
 TEST(Clearing, SurvivesListenersThatMeddle) {
-    Support::MessageLog const log;
-    auto pool = std::make_unique<Support::Pool>();
+    MessageLog const log;
+    auto pool = std::make_unique<Pool>();
     Member const stale = [&] {
-        pool->AddPoolProperty(Support::Value("p"));
-        pool->AddMemberProperty(Support::Value("m"));
+        pool->AddPoolProperty(Value("p"));
+        pool->AddMemberProperty(Value("m"));
         return pool->CreateNewMember();
     }();
     int left = 0;
     {
-        Support::Listener const meddler(Property::EVENT, [&](Util::Event const& event) {
+        Listener const meddler(Property::EVENT, [&](Util::Event const& event) {
             left += event.param1;
-            pool->AddPoolProperty(Support::Value("late"));
+            pool->AddPoolProperty(Value("late"));
             pool->AddNewMember();
-            pool->LinkActiveBehaviour(new Support::TestBehaviour);
+            pool->LinkActiveBehaviour(new TestBehaviour);
             pool->AddMember(*pool, stale);
             pool->InitializeMemberPool();
         });
@@ -374,33 +371,33 @@ TEST(Clearing, SurvivesListenersThatMeddle) {
     EXPECT_EQ(log.Take(),
               Messages(6, "Error :: Construction :: Nothing can be added to the Pool \"Pool\" while it is cleared"));
 
-    Support::Listener const creator(Property::EVENT, [&](Util::Event const& event) {
+    Listener const creator(Property::EVENT, [&](Util::Event const& event) {
         if (event.param1 == 0) {
             pool->AddNewMember();
         }
     });
-    pool->AddMemberProperty(Support::Value("first"));
-    auto const late = Support::Vector("late");
+    pool->AddMemberProperty(Value("first"));
+    auto const late = Vector("late");
     pool->AddMemberProperty(late);
     EXPECT_EQ(late->GetDataOffset(), -1) << "a listener has created a member meanwhile";
     EXPECT_TRUE(MainContext().GetPropertyByID(late->GetPropertyID()) == Property::NIL);
 }
 
 TEST(Clearing, CanBeRepeatedAfterAListenerThrew) {
-    Support::Pool pool;
-    pool.AddMemberProperty(Support::Value("m"));
+    Pool pool;
+    pool.AddMemberProperty(Value("m"));
     {
-        Support::Listener const throwing(Property::EVENT, [](Util::Event const&) { throw 1; });
+        Listener const throwing(Property::EVENT, [](Util::Event const&) { throw 1; });
         EXPECT_THROW(pool.InitializeMemberPool(), int);
     }
     pool.InitializeMemberPool();
     EXPECT_TRUE(pool.GetAllProperties().empty());
-    pool.AddMemberProperty(Support::Value("m"));
+    pool.AddMemberProperty(Value("m"));
     EXPECT_TRUE(pool.CreateNewMember().IsValid());
 }
 
 TEST(Pools, MayBeDestroyedInsideTheirEvents) {
-    std::unique_ptr<Support::Pool> pool;
+    std::unique_ptr<Pool> pool;
     auto const destroyOn = [&](int param1) {
         return [&pool, param1](Util::Event const& event) {
             if (event.param1 == param1) {
@@ -409,29 +406,29 @@ TEST(Pools, MayBeDestroyedInsideTheirEvents) {
         };
     };
     auto const fresh = [&] {
-        pool = std::make_unique<Support::Pool>();
-        pool->AddPoolProperty(Support::Value("p"));
-        pool->AddMemberProperty(Support::Value("m"));
+        pool = std::make_unique<Pool>();
+        pool->AddPoolProperty(Value("p"));
+        pool->AddMemberProperty(Value("m"));
         return pool.get();
     };
-    Util::RefCountPtr<Support::TestBehaviour> const behaviour(new Support::TestBehaviour);
+    Util::RefCountPtr<TestBehaviour> const behaviour(new TestBehaviour);
     behaviour->PoolValue(0, "i", SHARED_INTRINSIC);
     behaviour->MemberValue(0, "j", UNIQUE_INTRINSIC, 0);
     std::function<void(MemberPool&)> const ways[] = {
-        [](MemberPool& doomed) { doomed.AddMemberProperty(Support::Value("m2")); },
-        [](MemberPool& doomed) { doomed.AddPoolProperty(Support::Value("m2")); },
+        [](MemberPool& doomed) { doomed.AddMemberProperty(Value("m2")); },
+        [](MemberPool& doomed) { doomed.AddPoolProperty(Value("m2")); },
         [&](MemberPool& doomed) { doomed.LinkActiveBehaviour(behaviour); },
         [&](MemberPool& doomed) { doomed.LinkMemberConstructionBehaviour(behaviour); },
     };
     for (auto const& way : ways) {
         MemberPool& doomed = *fresh();
-        Support::Listener const destroyer(Property::EVENT, destroyOn(0));
+        Listener const destroyer(Property::EVENT, destroyOn(0));
         way(doomed);
         EXPECT_EQ(pool, nullptr);
     }
     MemberPool& building = *fresh();
     {
-        Support::Constructor const destroyer([&](MemberPool&) { pool.reset(); });
+        Constructor const destroyer([&](MemberPool&) { pool.reset(); });
         building.ProcessMemberPool();
     }
     EXPECT_EQ(pool, nullptr);
@@ -439,7 +436,7 @@ TEST(Pools, MayBeDestroyedInsideTheirEvents) {
     {
         // The destructor's own events must not destroy the pool again.
         MemberPool const* doomed = pool.get();
-        Support::Listener const destroyer(Property::EVENT, [&](Util::Event const& event) {
+        Listener const destroyer(Property::EVENT, [&](Util::Event const& event) {
             if (event.param1 == 1 && doomed != nullptr) {
                 doomed = nullptr;
                 pool.reset();
@@ -451,11 +448,11 @@ TEST(Pools, MayBeDestroyedInsideTheirEvents) {
 }
 
 TEST(Copies, AreDetachedTwins) {
-    Support::MessageLog const log;
-    Support::Pool pool("Original");
-    pool.AddMemberProperty(Support::Value("v", 4));
-    pool.AddPoolProperty(Support::Value("p"));
-    Util::RefCountPtr<Support::TestBehaviour> const behaviour(new Support::TestBehaviour);
+    MessageLog const log;
+    Pool pool("Original");
+    pool.AddMemberProperty(Value("v", 4));
+    pool.AddPoolProperty(Value("p"));
+    Util::RefCountPtr<TestBehaviour> const behaviour(new TestBehaviour);
     pool.LinkActiveBehaviour(behaviour);
     pool.CompileMemberPool();
     pool.SetMemberCount(3);

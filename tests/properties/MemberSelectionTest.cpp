@@ -3,7 +3,6 @@
 
 #include "../bench/Allocations.h"
 #include "support/Host.h"
-#include "support/MessageLog.h"
 
 #include <gtest/gtest.h>
 
@@ -111,22 +110,6 @@ TEST_F(Selections, KeepTheVectorAsItWasReadUntilTheNextRead) {
     EXPECT_EQ(abc.GetNumMembers(), 1);
     EXPECT_EQ(abc.GetAllMembers(), std::vector<Member>{b});
     EXPECT_EQ(&seen, &abc.GetAllMembers());
-}
-
-TEST_F(Selections, SurviveAHostThatShrinksTheirVector) {
-    abc.GetAllMembers().pop_back();
-    abc.AddMember(pool, M(3));
-    abc.ActivateLastMember();
-    EXPECT_EQ(abc.ActiveMember(), M(3));
-    abc.ActivatePreviousMember();
-    EXPECT_EQ(abc.ActiveMember(), b);
-    EXPECT_EQ(abc.GetAllMembers(), (std::vector<Member>{a, b, M(3)}));
-    abc.GetAllMembers().clear();
-    EXPECT_EQ(abc.RemoveActiveMember(), Member::NIL);
-    EXPECT_EQ(abc.GetNumMembers(), 0);
-    abc.GetAllMembers().push_back(a);
-    abc.AddMember(pool, b);
-    EXPECT_EQ(abc.GetAllMembers(), std::vector<Member>{b}) << "what the host appends does not enter";
 }
 
 TEST_F(Selections, FindMembersInAVectorThatAHostReordered) {

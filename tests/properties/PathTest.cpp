@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 #include "support/Host.h"
-#include "support/MessageLog.h"
 
 #include "../bench/Allocations.h"
 
@@ -18,11 +17,7 @@
 namespace {
 
 using namespace Gentra;
-using Support::MainContext;
-using Support::MessageLog;
-using Support::Pool;
-using Support::PropertyPtr;
-using Support::Value;
+using namespace Support;
 using Util::ShortID;
 using SelectionPtr = Util::RefCountPtr<MemberSelectionProperty>;
 
@@ -182,8 +177,8 @@ TEST(Paths, StoreSelections) {
         root.SetDestinationMemberSelectionNoIndices(&stored);
         root.SetDestinationMemberSelectionUsingIndices(&stored);
     }
-    EXPECT_EQ(MessageLog::Take(), (Support::Messages{"Error : Set MemberSelection not possible, because the Path "
-                                                     "doesn't point to a MemberSelection"}));
+    EXPECT_EQ(MessageLog::Take(), (Messages{"Error : Set MemberSelection not possible, because the Path "
+                                            "doesn't point to a MemberSelection"}));
 }
 
 TEST(Paths, AreBuiltFromBothEnds) {
@@ -287,8 +282,7 @@ TEST(Paths, FailWhereAnIDLeadsNowhere) {
         EXPECT_EQ(Saved(path), text.str() + '\0');
         MessageLog const log;
         EXPECT_EQ(path.ResolvePathIfNeccessary(), row.resolves);
-        EXPECT_EQ(MessageLog::Take(),
-                  row.resolves ? Support::Messages{} : Support::Messages{"Path could not be resolved"});
+        EXPECT_EQ(MessageLog::Take(), row.resolves ? Messages{} : Messages{"Path could not be resolved"});
         if (!row.resolves) {
             EXPECT_EQ(NameOf(path), "Path not resolved");
             EXPECT_EQ(path.GetDestinationMemberSelectionNoIndices(), nullptr);
@@ -367,7 +361,7 @@ TEST(Paths, KeepWhatTheyFoundUntilTheyResolveAgain) {
     EXPECT_EQ(map.path.GetDestinationPropertyIncludingMemberSelections(), map.number);
     Path::ForceGlobalPathResolve();
     EXPECT_EQ(NameOf(map.path), "Path not resolved");
-    EXPECT_EQ(MessageLog::Take(), Support::Messages{"Path could not be resolved"});
+    EXPECT_EQ(MessageLog::Take(), Messages{"Path could not be resolved"});
 
     std::optional<BuiltPool> mortal(std::in_place, "Mortal");
     Path path;
@@ -393,7 +387,7 @@ TEST(Paths, AreClearedByThePropertyTheyHeldLast) {
 }
 
 TEST(Paths, ResolveAfterThePoolsAreBuilt) {
-    std::optional<Support::Constructor> construct(std::in_place, [](MemberPool& pool) {
+    std::optional<Constructor> construct(std::in_place, [](MemberPool& pool) {
         PropertyPtr const speed = Value("Speed");
         speed->SetPropertyID(4711);
         pool.AddPoolProperty(speed);

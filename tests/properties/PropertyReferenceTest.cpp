@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 #include "support/Host.h"
-#include "support/MessageLog.h"
 
 #include <gtest/gtest.h>
 
@@ -14,11 +13,7 @@
 namespace {
 
 using namespace Gentra;
-using Support::MainContext;
-using Support::MessageLog;
-using Support::Pool;
-using Support::PropertyPtr;
-using Support::Value;
+using namespace Support;
 
 TEST(PropertyReferences, BeginUnbound) {
     PropertyReference const fresh;
@@ -122,10 +117,10 @@ TEST(PropertyReferences, AreUnboundWhenTheirPoolGoesUnderAnotherID) {
 
     // A pool that goes without its event: a nested event ends the delivery before it reaches the reference.
     pool.emplace();
-    Support::Listener const nesting(MemberPool::EVENT_DELETED, [](Util::Event const&) {
+    Listener const nesting(MemberPool::EVENT_DELETED, [](Util::Event const&) {
         GlobalEventManager::Trigger(Util::Event(Behaviour::EVENT, 0, 0, nullptr));
     });
-    Support::Listener const nobody(Behaviour::EVENT, [](Util::Event const&) {});
+    Listener const nobody(Behaviour::EVENT, [](Util::Event const&) {});
     PropertyReference deaf;
     deaf.SetOwnerPoolID(pool->GetMemberPoolID());
     pool.reset();
@@ -141,7 +136,7 @@ TEST(PropertyReferences, HearOfTheirPoolWhileTheyAreRebound) {
     Pool former;
     PropertyReference* rebound = nullptr;
     Util::ShortID const id(4711);
-    Support::Listener const host(MemberPool::EVENT_CREATED, [&](Util::Event const&) { rebound->SetOwnerPoolID(id); });
+    Listener const host(MemberPool::EVENT_CREATED, [&](Util::Event const&) { rebound->SetOwnerPoolID(id); });
     PropertyReference reference;
     rebound = &reference;
     reference.SetOwnerPoolID(former.GetMemberPoolID());
@@ -210,8 +205,8 @@ TEST(PropertyReferences, ReportPropertyEventsThatTheyDoNotUnderstand) {
         }
         EXPECT_TRUE(MessageLog::Take().empty());
         reference.HandleEvents(Util::Event(Property::EVENT, param1, param2, &speed));
-        EXPECT_EQ(MessageLog::Take(), (Support::Messages{"Bug Report :: ValueProperty Channel :: ValueProperty could't "
-                                                         "handle event"}));
+        EXPECT_EQ(MessageLog::Take(), (Messages{"Bug Report :: ValueProperty Channel :: ValueProperty could't "
+                                                "handle event"}));
         EXPECT_EQ(reference.GetProperty(), Property::NIL);
     }
     reference.HandleEvents(Util::Event(MemberPool::EVENT_DELETED, 0, 0, nullptr));

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 #include "support/Host.h"
-#include "support/MessageLog.h"
 
 #include <gtest/gtest.h>
 
@@ -13,8 +12,7 @@
 namespace {
 
 using namespace Gentra;
-using Support::Messages;
-using Support::PropertyPtr;
+using namespace Support;
 using Util::RefCountPtr;
 
 constexpr int POINTER = sizeof(void*);
@@ -189,9 +187,9 @@ TEST(Properties, KeepTheirPoolData) {
 }
 
 TEST(Properties, FindAMembersDatumByIndexOrActiveMember) {
-    Support::Pool pool;
-    auto const value = Support::Value("v", 7);
-    auto const vector = Support::Vector("w", {1, 2, 3});
+    Pool pool;
+    auto const value = Value("v", 7);
+    auto const vector = Vector("w", {1, 2, 3});
     pool.AddMemberProperty(value);
     pool.AddMemberProperty(vector);
     pool.SetMemberCount(3);
@@ -213,18 +211,18 @@ TEST(Properties, FindAMembersDatumByIndexOrActiveMember) {
 }
 
 TEST(Properties, NeverReachBehindARecord) {
-    Support::Pool pool;
-    auto const first = Support::Vector("first");
-    auto const second = Support::Vector("second");
+    Pool pool;
+    auto const first = Vector("first");
+    auto const second = Vector("second");
     pool.AddMemberProperty(first);
     pool.AddMemberProperty(second);
     VectorProperty const copy(*second);
-    Support::Pool small("Small");
-    small.AddMemberProperty(Support::Value("v"));
+    Pool small("Small");
+    small.AddMemberProperty(Value("v"));
     small.SetMemberCount(1);
     EXPECT_EQ(second->GetDataFromMemberSelection(small, 0), nullptr) << "another pool's members";
     pool.InitializeMemberPool();
-    pool.AddMemberProperty(Support::Value("v"));
+    pool.AddMemberProperty(Value("v"));
     pool.SetMemberCount(1);
     pool.ActivateFirstMember();
     EXPECT_EQ(second->GetOwnerPool(), nullptr);
@@ -233,7 +231,7 @@ TEST(Properties, NeverReachBehindARecord) {
 }
 
 TEST(Properties, AreFoundByIntrinsicName) {
-    std::vector<PropertyPtr> properties{Support::Value("wanted"), Support::Value("other"), Support::Value("wanted")};
+    std::vector<PropertyPtr> properties{Value("wanted"), Value("other"), Value("wanted")};
     EXPECT_TRUE(Property::GetIntrinsicPropertyFromName(properties, "wanted") == Property::NIL);
     properties[2]->scope = SHARED_INTRINSIC;
     EXPECT_TRUE(Property::GetIntrinsicPropertyFromName(properties, "wanted") == properties[2]);
@@ -279,8 +277,8 @@ public:
 
 TEST(NewMembers, ReceiveEachPropertysDefaultAndInstance) {
     Functor functor;
-    Support::Pool pool;
-    Support::Pool base("Base");
+    Pool pool;
+    Pool base("Base");
     RefCountPtr<MemberSelectionProperty> const selections(new MemberSelectionProperty("s"));
     RefCountPtr<TextProperty> const text(new TextProperty("t"));
     RefCountPtr<FixedSizeDataProperty> const block(new FixedSizeDataProperty("f", 5, &functor));
@@ -321,7 +319,7 @@ TEST(NewMembers, ReceiveEachPropertysDefaultAndInstance) {
 }
 
 TEST(NewMembers, NeverShareASelectionThatAnotherMemberStillHas) {
-    Support::Pool pool;
+    Pool pool;
     RefCountPtr<MemberSelectionProperty> const selections(new MemberSelectionProperty("s"));
     pool.AddMemberProperty(selections);
     pool.SetMemberCount(2);
@@ -342,8 +340,8 @@ TEST(NewMembers, NeverShareASelectionThatAnotherMemberStillHas) {
 }
 
 TEST(NewMembers, KeepTheirInstancesWhenAnotherPoolTookTheProperty) {
-    Support::Pool pool;
-    Support::Pool other("Other");
+    Pool pool;
+    Pool other("Other");
     RefCountPtr<TextProperty> const text(new TextProperty("t"));
     pool.AddMemberProperty(text);
     Member const member = pool.CreateNewMember();
@@ -362,11 +360,11 @@ TEST(DeletedMembers, AreDeletedOnceThoughTheirInstanceDeletesThemAgain) {
                 pool->InitializeMemberPool();
             }
         }
-        Support::Pool* pool = nullptr;
+        Pool* pool = nullptr;
         int deletions = 0;
         bool clearing = false;
     } functor;
-    Support::Pool pool;
+    Pool pool;
     functor.pool = &pool;
     for (bool const clearing : {false, true}) {
         functor.clearing = clearing;
@@ -383,7 +381,7 @@ TEST(NewMembers, GoAgainWhenTheHostsInstanceThrows) {
         void CreateInstance(unsigned char*, int) override { throw 1; }
         void DeleteInstance(unsigned char*, int) override {}
     } functor;
-    Support::Pool pool;
+    Pool pool;
     RefCountPtr<FixedSizeDataProperty> const block(new FixedSizeDataProperty("f", 8, &functor));
     pool.AddMemberProperty(block);
     EXPECT_THROW(pool.AddNewMember(), int);
@@ -393,8 +391,8 @@ TEST(NewMembers, GoAgainWhenTheHostsInstanceThrows) {
 }
 
 TEST(SelectionProperties, WorkOnTheActiveMemberOrOnThePoolData) {
-    Support::MessageLog const log;
-    Support::Pool pool;
+    MessageLog const log;
+    Pool pool;
     RefCountPtr<MemberSelectionProperty> const ofMembers(new MemberSelectionProperty("m"));
     RefCountPtr<MemberSelectionProperty> const ofPool(new MemberSelectionProperty("p"));
     for (auto const& property : {ofMembers, ofPool}) {
@@ -433,7 +431,7 @@ TEST(SelectionProperties, WorkOnTheActiveMemberOrOnThePoolData) {
 
 TEST(PoolProperties, GetFreshInstancesWhenTheirPoolIsCompiled) {
     Functor functor;
-    Support::Pool pool;
+    Pool pool;
     RefCountPtr<TextProperty> const text(new TextProperty("t"));
     RefCountPtr<FixedSizeDataProperty> const block(new FixedSizeDataProperty("f", 3, &functor));
     unsigned short const letters[] = {'x', 0};

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 #include "support/Host.h"
-#include "support/MessageLog.h"
 
 #include "../bench/Allocations.h"
 
@@ -17,10 +16,7 @@ namespace {
 
 using namespace Gentra;
 using Math::Vec3;
-using Support::MainContext;
-using Support::MessageLog;
-using Support::Pool;
-using Support::PropertyPtr;
+using namespace Support;
 
 constexpr float INF = std::numeric_limits<float>::infinity();
 constexpr float NAN_ = std::numeric_limits<float>::quiet_NaN();
@@ -30,7 +26,7 @@ constexpr float HUGE_ = std::numeric_limits<float>::max();
 struct Crowd : Pool {
     explicit Crowd(std::vector<Vec3> const& positions = {}, char const* positionName = "Position") {
         AddMemberProperty(PropertyPtr(new FixedSizeDataProperty("Odd", 5, nullptr)));
-        AddMemberProperty(position = Support::Vector(positionName));
+        AddMemberProperty(position = Vector(positionName));
         for (Vec3 const& each : positions) {
             Add(each);
         }
@@ -99,21 +95,6 @@ TEST(GridLayout, AimsAtFourMembersACell) {
         EXPECT_FLOAT_EQ(grid.GetCellWidth(), row.cellWidth);
         EXPECT_FLOAT_EQ(grid.GetCellDepth(), row.cellDepth);
     }
-}
-
-TEST(BoundingRectangles, NormalizeWhatTheyHoldAndWhatLiesOutside) {
-    BoundingRect rect;
-    EXPECT_EQ(rect.Normalize(3, 4), std::pair(0.0f, 0.0f));
-    for (auto const& [x, z] : {std::pair(2.0f, 7.0f), {4.0f, 5.0f}, {3.0f, 6.0f}}) {
-        rect.Extend(x, z);
-    }
-    EXPECT_EQ(rect.Normalize(2.5f, 6.0f), std::pair(0.25f, 0.5f));
-    EXPECT_EQ(rect.Normalize(0.0f, 8.0f), std::pair(-1.0f, 1.5f));
-    rect.Reset();
-    EXPECT_TRUE(rect.empty);
-    rect.Extend(1, 1);
-    rect.Extend(1, 5);
-    EXPECT_EQ(rect.Normalize(9, 3), std::pair(0.0f, 0.0f)) << "no width";
 }
 
 /// The same grid written down again in the simplest way: lists of members by cell.
@@ -374,9 +355,8 @@ TEST(GridQueries, LeaveForeignSelectionsAlone) {
     EXPECT_TRUE(MessageLog::Take().empty()) << "nobody to add";
     grid.GetMembersInRadius(result, {5, 0, 5}, 1, Member::NIL);
     grid.GetMembersInRadius(result, {5, 0, 5}, INF, crowd.GetAllMembers()[0]);
-    EXPECT_EQ(MessageLog::Take(),
-              (Support::Messages{"Error : Can't add Member to MemberSelection. The Members BasePool is "
-                                 "\"Crowd\" while the MemberSelections BasePool is \"Other\""}));
+    EXPECT_EQ(MessageLog::Take(), (Messages{"Error : Can't add Member to MemberSelection. The Members BasePool is "
+                                            "\"Crowd\" while the MemberSelections BasePool is \"Other\""}));
     EXPECT_EQ(result.GetNumMembers(), 0);
 }
 
@@ -430,7 +410,7 @@ TEST(SpatialRelation, KeepsOneOrganizerASelectionUntilReset) {
     EXPECT_EQ(&grid, &crowd.Grid());
     EXPECT_EQ(grid.GetContext(), &MainContext());
     EXPECT_EQ(Near(gridOfHalf, {5, 0, 5}, 100).size(), 50u);
-    Support::TestBehaviour const behaviour;
+    TestBehaviour const behaviour;
     EXPECT_EQ(&behaviour.GetSpatialOrganizer(half), &gridOfHalf);
 
     // Dropped ones go on answering, however often.
@@ -480,10 +460,10 @@ TEST(SpatialRelation, TellsASelectionFromAnotherAtItsAddress) {
 TEST(SpatialOrganizers, ReadNoRecordWithoutAPosition) {
     Crowd const noName({{1, 0, 1}}, "Place");
     Pool wrongType;
-    wrongType.AddMemberProperty(Support::Value("Position"));
+    wrongType.AddMemberProperty(Value("Position"));
     wrongType.AddNewMember();
     Crowd hidden({{1, 0, 1}});
-    hidden.AddPoolProperty(Support::Vector("Position"));
+    hidden.AddPoolProperty(Vector("Position"));
     Pool nobody;
     MemberSelection noPool(nullptr);
     Crowd cleared({{1, 0, 1}, {2, 0, 2}});
@@ -500,7 +480,7 @@ TEST(SpatialOrganizers, ReadNoRecordWithoutAPosition) {
     // Members of another layout.
     GridOrganizer& grid = cleared.Grid();
     cleared.InitializeMemberPool();
-    cleared.AddMemberProperty(Support::Value("Odd"));
+    cleared.AddMemberProperty(Value("Odd"));
     cleared.AddMemberProperty(cleared.position);
     cleared.Add({1, 0, 1});
     grid.Rebuild();
@@ -536,7 +516,7 @@ TEST(SpatialOrganizers, FindNobodyWhoHasGone) {
     };
     {
         // While it is cleared the records are on their way out.
-        Support::Listener const early(Property::EVENT, [&](Util::Event const& event) {
+        Listener const early(Property::EVENT, [&](Util::Event const& event) {
             if (event.param1 == 1) {
                 grid.Refresh();
                 EXPECT_EQ(Near(grid, {}, 100).size(), 0u);
@@ -571,7 +551,7 @@ TEST(SpatialOrganizers, FindNobodyWhoHasGone) {
     Crowd small({{1, 0, 1}});
     PropertyPtr const copy(new VectorProperty(*small.position.DynamicCast<VectorProperty>()));
     small.InitializeMemberPool();
-    small.AddMemberProperty(Support::Value("Position"));
+    small.AddMemberProperty(Value("Position"));
     small.AddNewMember();
     GridOrganizer ofCopy(&small, &MainContext(), copy);
     ofCopy.Update(0, 0, 1);
@@ -589,11 +569,11 @@ TEST(SpatialOrganizers, FindNobodyWhoHasGone) {
 
 TEST(SpatialOrganizers, AreMadeAfreshByConstructPasses) {
     int filler = 0;
-    Support::Constructor const construct([&](MemberPool& pool) {
+    Constructor const construct([&](MemberPool& pool) {
         for (int i = 0; i < filler; ++i) {
-            pool.AddMemberProperty(Support::Value(("Filler" + std::to_string(i)).c_str()));
+            pool.AddMemberProperty(Value(("Filler" + std::to_string(i)).c_str()));
         }
-        pool.AddMemberProperty(Support::Vector("Position"));
+        pool.AddMemberProperty(Vector("Position"));
     });
     Pool pool;
     MainContext().ForceConstructAllMemberPools();

@@ -4,6 +4,8 @@
 #ifndef GENTRA_TESTS_SUPPORT_HOST_H
 #define GENTRA_TESTS_SUPPORT_HOST_H
 
+#include "MessageLog.h"
+
 #include <gentra/gentra.h>
 
 #include <functional>

@@ -3,7 +3,6 @@
 
 #include "support/FakeCounter.h"
 #include "support/Host.h"
-#include "support/MessageLog.h"
 
 #include <gtest/gtest.h>
 

@@ -176,19 +176,6 @@ TEST(SharedPointers, DestroyAnObjectAsWhatItWasCreatedAs) {
     EXPECT_EQ(Counted::alive, 0);
 }
 
-TEST(SharedPointers, ReleaseAPropertyWithoutVirtualDestructorInAnyOrder) {
-    RefCountPtr<Gentra::Property> base(new Gentra::TextProperty("Text"));
-    {
-        RefCountPtr<Gentra::TextProperty> const text(new Gentra::TextProperty("Other"));
-        unsigned short const long16[] = {'a', 'l', 'o', 'n', 'g', 'e', 'r', 't', 'e', 'x', 't', 0};
-        unsigned short const* const source = long16;
-        text->SetPoolData(const_cast<unsigned short const**>(&source));
-        base = text;
-    }
-    EXPECT_EQ(base->GetName(), "Other");
-    EXPECT_EQ(base.GetCount(), 1);
-}
-
 TEST(WeakPointers, TellWhenTheirObjectHasGone) {
     struct Watched {
         Util::WeakSource<Watched> life{this};
