@@ -151,7 +151,10 @@ TEST_F(Compiling, RefreshesPoolConstantsOnly) {
     EXPECT_EQ(ofPool->value, 6.0f);
 }
 
-TEST_F(Compiling, ReadsAndWritesValuesByKind) {
+TEST_F(Compiling, ReadsAndWritesValuesAndVectorsByKind) {
+    RefCountPtr<VectorProperty> const vectors[] = {Vector("p", {2, 0, 0}), before, Vector("f", {3, 0, 0})};
+    pool.AddPoolProperty(vectors[POOL]);
+    Member const one = pool.GetMemberByIndex(1);
     struct Row {
         PropertyOwner kind;
         float read;
@@ -159,53 +162,30 @@ TEST_F(Compiling, ReadsAndWritesValuesByKind) {
         float readMember; ///< -1: unchanged
     };
     for (Row const& row : {Row{POOL, 2, 2, -1}, Row{MEMBER, 1, 0, 1}, Row{FLEXIBLE, 3, 3, -1}}) {
+        Behaviour::UseMemberVectorFromProperty(*before, one) = {1, 0, 0};
         TestBehaviour fresh("B");
         fresh.FlexibleValue(0, "e");
+        fresh.FlexibleVec3(0, "w");
         fresh.LinkPropertyToVisibleInterface(Of(row.kind), 0);
+        fresh.LinkPropertyToVisibleInterface(vectors[row.kind], 1);
         ASSERT_TRUE(fresh.PushLinkedParamsToFastParams());
-        fresh.member = pool.GetMemberByIndex(1);
-        EXPECT_EQ(fresh.ReadFlexibleValue(0), row.read);
-        EXPECT_EQ(fresh.ReadFlexibleConstValue(0), row.readConst);
+        fresh.member = one;
         float out = -1;
         fresh.ReadFlexibleMemberValue(0, out);
-        EXPECT_EQ(out, row.readMember);
+        Math::Vec3 outVector(-1, 0, 0);
+        fresh.ReadFlexibleMemberVec3(1, outVector);
+        EXPECT_TRUE(out == row.readMember && outVector.x == row.readMember);
+        EXPECT_TRUE(fresh.ReadFlexibleValue(0) == row.read && fresh.ReadFlexibleVec3(1).x == row.read);
+        EXPECT_TRUE(fresh.ReadFlexibleConstValue(0) == row.readConst);
+        EXPECT_TRUE(fresh.ReadFlexibleConstVec3(1).x == row.readConst);
         fresh.WriteFlexibleValue(0, 9);
-        EXPECT_EQ(fresh.ReadFlexibleValue(0), 9.0f);
+        fresh.WriteFlexibleVec3(1, {9, 0, 0});
+        EXPECT_TRUE(fresh.ReadFlexibleValue(0) == 9 && fresh.ReadFlexibleVec3(1).x == 9);
     }
-    EXPECT_EQ(Datum::Read<float>(ofMembers->GetDataFromMemberSelection(pool, 1)), 9.0f);
-    EXPECT_EQ(Datum::Read<float>(ofMembers->GetDataFromMemberSelection(pool, 0)), 1.0f);
-    EXPECT_EQ(free->value, 9.0f);
-    EXPECT_EQ(ofPool->value, 2.0f);
-}
-
-TEST_F(Compiling, ReadsAndWritesVectorsByKind) {
-    pool.InitializeMemberPool();
-    PropertyPtr const properties[] = {Vector("p", {2, 0, 0}), Vector("m", {1, 0, 0}), Vector("f", {3, 0, 0})};
-    pool.AddPoolProperty(properties[POOL]);
-    pool.AddMemberProperty(properties[MEMBER]);
-    pool.SetMemberCount(1);
-    struct Row {
-        PropertyOwner kind;
-        float read;
-        float readConst;
-        float readMember; ///< -1: unchanged
-    };
-    for (Row const& row : {Row{POOL, 2, 2, -1}, Row{MEMBER, 1, 0, 1}, Row{FLEXIBLE, 3, 3, -1}}) {
-        TestBehaviour fresh("B");
-        fresh.FlexibleVec3(0, "e");
-        fresh.LinkPropertyToVisibleInterface(properties[row.kind], 0);
-        ASSERT_TRUE(fresh.PushLinkedParamsToFastParams());
-        fresh.member = pool.GetMemberByIndex(0);
-        EXPECT_EQ(fresh.ReadFlexibleVec3(0).x, row.read);
-        EXPECT_EQ(fresh.ReadFlexibleConstVec3(0).x, row.readConst);
-        Math::Vec3 out(-1, 0, 0);
-        fresh.ReadFlexibleMemberVec3(0, out);
-        EXPECT_EQ(out.x, row.readMember);
-        fresh.WriteFlexibleVec3(0, {9, 0, 0});
-        EXPECT_EQ(fresh.ReadFlexibleVec3(0).x, 9.0f);
-    }
-    EXPECT_EQ(properties[FLEXIBLE]->vector.x, 9.0f);
-    EXPECT_EQ(properties[POOL]->vector.x, 2.0f);
+    EXPECT_EQ(Behaviour::UseMemberValueFromProperty(*ofMembers, one), 9.0f);
+    EXPECT_EQ(Behaviour::UseMemberValueFromProperty(*ofMembers, pool.GetMemberByIndex(0)), 1.0f);
+    EXPECT_TRUE(free->value == 9 && vectors[FLEXIBLE]->vector.x == 9);
+    EXPECT_TRUE(ofPool->value == 2 && vectors[POOL]->vector.x == 2);
 }
 
 TEST_F(Compiling, GivesReferencesToMemberData) {

@@ -94,17 +94,11 @@ TEST(Contexts, KeepIdRegistrationsConsistent) {
 
 TEST(Contexts, ReserveIdsApartFromProperties) {
     Context context;
-    Pool pool;
-    auto const property = Value("p");
-    pool.AddPoolProperty(property);
-    Util::ShortID const id = property->GetPropertyID();
-    EXPECT_FALSE(context.IsPropertyIDUsed(id));
-    context.RegisterPropertyID(id);
-    context.RegisterPropertyID(id);
-    EXPECT_TRUE(context.IsPropertyIDUsed(id));
-    context.UnregisterPropertyID(id);
-    context.UnregisterPropertyID(id);
-    EXPECT_FALSE(context.IsPropertyIDUsed(id));
+    for (bool const isReserved : {false, true, true, false, false}) {
+        isReserved ? context.RegisterPropertyID(5) : context.UnregisterPropertyID(5);
+        EXPECT_EQ(context.IsPropertyIDUsed(5), isReserved);
+        EXPECT_EQ(context.GetPropertyByID(5), Property::NIL);
+    }
 }
 
 TEST(Contexts, StackActiveSelections) {
