@@ -58,22 +58,17 @@ TEST(Declarations, GiveOwnerTypeScopeAndDefault) {
         float value;
         float x;
     };
-    for (Row const& row : {
-             Row{[](Behaviour& b) { b.MemberValue(7, "p", SHARED_INTRINSIC, 2.5f); }, MEMBER, VALUE, SHARED_INTRINSIC,
-                 2.5f, 0},
-             Row{[](Behaviour& b) { b.PoolValue(7, "p", UNIQUE_INTRINSIC); }, POOL, VALUE, UNIQUE_INTRINSIC, 0, 0},
-             Row{[](Behaviour& b) { b.FlexibleValue(7, "p"); }, FLEXIBLE, VALUE, VISIBLE, 0, 0},
-             Row{[](Behaviour& b) {
-                     b.MemberVec3(7, "p", VISIBLE, {4, 5, 6});
-                 },
-                 MEMBER, VECTOR, VISIBLE, 0, 4},
-             Row{[](Behaviour& b) { b.FlexibleVec3(7, "p"); }, FLEXIBLE, VECTOR, VISIBLE, 0, 0},
-             Row{[](Behaviour& b) { b.FlexibleMemberSelection(7, "p"); }, FLEXIBLE, MEMBERSELECTION, VISIBLE, 0, 0},
-             Row{[](Behaviour& b) { b.MemberMemberSelection(7, "p", SHARED_INTRINSIC); }, MEMBER, MEMBERSELECTION,
-                 SHARED_INTRINSIC, 0, 0},
-             Row{[](Behaviour& b) { b.FlexibleUserData(7, "p"); }, FLEXIBLE, DATAREFERENCE, VISIBLE, 0, 0},
-             Row{[](Behaviour& b) { b.FlexibleBehaviourTrigger(7, "p"); }, FLEXIBLE, BEHAVIOUR, VISIBLE, 0, 0},
-         }) {
+    using B = Behaviour;
+    for (Row const& row :
+         {Row{[](B& b) { b.MemberValue(7, "p", SHARED_INTRINSIC, 2.5f); }, MEMBER, VALUE, SHARED_INTRINSIC, 2.5f, 0},
+          Row{[](B& b) { b.PoolValue(7, "p", UNIQUE_INTRINSIC); }, POOL, VALUE, UNIQUE_INTRINSIC, 0, 0},
+          Row{[](B& b) { b.FlexibleValue(7, "p"); }, FLEXIBLE, VALUE, VISIBLE, 0, 0},
+          Row{[](B& b) { b.MemberVec3(7, "p", VISIBLE, Math::Vec3(4, 5, 6)); }, MEMBER, VECTOR, VISIBLE, 0, 4},
+          Row{[](B& b) { b.FlexibleVec3(7, "p"); }, FLEXIBLE, VECTOR, VISIBLE, 0, 0},
+          Row{[](B& b) { b.FlexibleMemberSelection(7, "p"); }, FLEXIBLE, MEMBERSELECTION, VISIBLE, 0, 0},
+          Row{[](B& b) { b.MemberMemberSelection(7, "p", VISIBLE); }, MEMBER, MEMBERSELECTION, VISIBLE, 0, 0},
+          Row{[](B& b) { b.FlexibleUserData(7, "p"); }, FLEXIBLE, DATAREFERENCE, VISIBLE, 0, 0},
+          Row{[](B& b) { b.FlexibleBehaviourTrigger(7, "p"); }, FLEXIBLE, BEHAVIOUR, VISIBLE, 0, 0}}) {
         TestBehaviour behaviour;
         row.declare(behaviour);
         ASSERT_EQ(behaviour.parameterInterface.size(), 1u);

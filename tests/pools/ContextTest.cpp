@@ -103,24 +103,17 @@ TEST(Contexts, ReserveIdsApartFromProperties) {
 
 TEST(Contexts, StackActiveSelections) {
     Context context;
-    MemberSelection a(nullptr);
-    MemberSelection b(nullptr);
-    MemberSelection c(nullptr);
-    auto const activateAll = [&] {
-        for (MemberSelection* const each : {&a, &b, &c}) {
-            context.ActivateMemberSelection(*each);
+    MemberSelection selections[] = {MemberSelection(nullptr), MemberSelection(nullptr), MemberSelection(nullptr),
+                                    MemberSelection(nullptr)};
+    // The last one is a stranger to the stack.
+    for (auto const& [deactivated, left] : {std::pair(2, 1), {1, 0}, {0, -1}, {3, -1}}) {
+        for (int i = 0; i < 3; ++i) {
+            context.ActivateMemberSelection(selections[i]);
         }
-    };
-    EXPECT_EQ(context.GetActiveMemberSelection(), nullptr);
-    activateAll();
-    context.DeactivateMemberSelection(c);
-    EXPECT_EQ(context.GetActiveMemberSelection(), &b);
-    context.DeactivateMemberSelection(a);
-    EXPECT_EQ(context.GetActiveMemberSelection(), nullptr);
-    activateAll();
-    MemberSelection stranger(nullptr);
-    context.DeactivateMemberSelection(stranger);
-    EXPECT_EQ(context.GetActiveMemberSelection(), nullptr);
+        context.DeactivateMemberSelection(selections[deactivated]);
+        EXPECT_EQ(context.GetActiveMemberSelection(), left < 0 ? nullptr : &selections[left]);
+        context.DeactivateMemberSelection(selections[3]);
+    }
 }
 
 TEST(Contexts, AreCopiedAsSnapshots) {

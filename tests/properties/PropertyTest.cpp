@@ -55,35 +55,29 @@ TEST(Parameters, AreMadeFieldByField) {
         void (*make)(Parameter&);
         char const* expected;
     };
-    for (Row const& row : {
-             Row{[](Parameter& p) { p.MakeMemberInputParameter(VECTOR, "new", 8); },
-                 "new type 2 owner 1 scope 2 value 5 x 6 offset 8 index 9"},
-             Row{[](Parameter& p) { p.MakeConstantValueInputParameter("new", 1); },
-                 "new type 1 owner 1 scope 2 value 1 x 6 offset 7 index 9"},
-             Row{[](Parameter& p) {
-                     p.MakeConstantVectorInputParameter("new", {1, 0, 0});
-                 },
-                 "new type 2 owner 1 scope 2 value 5 x 1 offset 7 index 9"},
-             Row{[](Parameter& p) { p.MakeBehaviourParameter("new"); },
-                 "new type 4 owner 0 scope 2 value 5 x 6 offset 7 index 9"},
-             Row{[](Parameter& p) { p.MakePropertyCreationParameter(TEXT, "new", true); },
-                 "new type 7 owner 1 scope 1 value 5 x 6 offset 7 index 9"},
-             Row{[](Parameter& p) { p.MakePropertyCreationParameter(TEXT, "new", false); },
-                 "new type 7 owner 1 scope 0 value 5 x 6 offset 7 index 9"},
-             Row{[](Parameter& p) { p.MakeBehaviourInterfaceParameter(FLEXIBLE, VALUE, "new", VISIBLE); },
-                 "new type 1 owner 2 scope 0 value 0 x 0 offset 7 index 9"},
-             Row{[](Parameter& p) {
-                     p.MakeInputParameter(VECTOR, "new", 1, {2, 0, 0}, 3);
-                 },
-                 "new type 2 owner 1 scope 2 value 1 x 2 offset 3 index 9"},
-         }) {
+    using P = Parameter;
+    for (Row const& row :
+         {Row{[](P& p) { p.MakeMemberInputParameter(VECTOR, "new", 8); },
+              "type 2 owner 1 scope 2 value 5 x 6 offset 8"},
+          Row{[](P& p) { p.MakeConstantValueInputParameter("new", 1); }, "type 1 owner 1 scope 2 value 1 x 6 offset 7"},
+          Row{[](P& p) { p.MakeConstantVectorInputParameter("new", Math::Vec3(1, 0, 0)); },
+              "type 2 owner 1 scope 2 value 5 x 1 offset 7"},
+          Row{[](P& p) { p.MakeBehaviourParameter("new"); }, "type 4 owner 0 scope 2 value 5 x 6 offset 7"},
+          Row{[](P& p) { p.MakePropertyCreationParameter(TEXT, "new", true); },
+              "type 7 owner 1 scope 1 value 5 x 6 offset 7"},
+          Row{[](P& p) { p.MakePropertyCreationParameter(TEXT, "new", false); },
+              "type 7 owner 1 scope 0 value 5 x 6 offset 7"},
+          Row{[](P& p) { p.MakeBehaviourInterfaceParameter(FLEXIBLE, VALUE, "new", VISIBLE); },
+              "type 1 owner 2 scope 0 value 0 x 0 offset 7"},
+          Row{[](P& p) { p.MakeInputParameter(VECTOR, "new", 1, Math::Vec3(2, 0, 0), 3); },
+              "type 2 owner 1 scope 2 value 1 x 2 offset 3"}}) {
         Parameter parameter(MEMBER, DATAREFERENCE, "old", UNIQUE_INTRINSIC, nullptr);
         parameter.value = 5;
         parameter.vector.x = 6;
         parameter.dataOffset = 7;
         parameter.linkIndex = 9;
         row.make(parameter);
-        EXPECT_EQ(Describe(parameter), row.expected);
+        EXPECT_EQ(Describe(parameter), std::string("new ") + row.expected + " index 9");
     }
 }
 

@@ -43,7 +43,7 @@ private:
 };
 
 class EventBus : public testing::Test {
-public: // for the tables of actions
+protected:
     void Trigger(EventType const& type) { manager.Trigger(Event(type, 0, 0, nullptr)); }
     std::string TakeLog() { return std::exchange(log, {}); }
 
@@ -51,7 +51,6 @@ public: // for the tables of actions
     EventManager manager{"Test"};
     Recorder a{log, 'a'};
     Recorder b{log, 'b'};
-    Recorder c{log, 'c'};
 };
 
 TEST_F(EventBus, ComparesTypesByHashAndSubIndexOnly) {
@@ -73,6 +72,17 @@ TEST_F(EventBus, KeepsOneTypePerKeyUnderItsFirstNames) {
     EXPECT_EQ(first, second);
     EXPECT_EQ(second->subName, "First");
     EXPECT_EQ(manager.RegisterListener(nullptr, SUB), nullptr);
+}
+
+TEST_F(EventBus, LosesADestroyedListenerEverywhereInSpiteOfLeftOverRecords) {
+    auto passing = std::make_unique<Recorder>(log, 'p');
+    for (EventType const& type : {ROOT, SUB, SUB}) {
+        manager.RegisterListener(passing.get(), type);
+    }
+    manager.RemoveListener(passing.get(), SUB); // leaves one record of SUB behind
+    passing.reset();
+    Trigger(SUB);
+    EXPECT_EQ(TakeLog(), "");
 }
 
 TEST_F(EventBus, MayBeDestroyedBeforeItsListeners) {

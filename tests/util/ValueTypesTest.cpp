@@ -69,18 +69,6 @@ TEST(StringHash, AgreesWithAModelAroundGroupAndChunkBorders) {
     }
 }
 
-TEST(StringText, IsComparedByteByByteAndMayHoldZeroBytes) {
-    EXPECT_NE(String("abc"), String("Abc"));
-    EXPECT_LT(String("Z"), String("a"));
-    String const zero(std::string("a\0b", 3));
-    EXPECT_EQ(zero.size(), 3u);
-    EXPECT_NE(zero, String("a"));
-    EXPECT_NE(zero.Hash(), String("a").Hash());
-    EXPECT_EQ(String(static_cast<char const*>(nullptr)), "");
-    std::string const& asStandard = zero;
-    EXPECT_EQ(asStandard, zero);
-}
-
 // IDs.
 
 TEST(ShortIDs, AreOrderedAsSignedNumbersAndConvertBothWays) {
