@@ -378,41 +378,40 @@ INSTANTIATE_TEST_SUITE_P(Seeds, SelectionModel, testing::Range(0u, 12u));
 TEST(LargeSelections, RemoveTheRightEntriesInLongRuns) {
     std::mt19937 random(7);
     Support::Pool pool;
-    for (bool const duplicates : {false, true}) {
-        for (bool const linked : {false, true}) {
-            for (bool const byValue : {false, true}) {
-                MemberSelection selection(&pool);
-                std::vector<Member> expected;
-                for (std::size_t i = 0; i < 3000; ++i) {
-                    expected.push_back(M(duplicates ? i % 700 : i));
-                }
-                std::shuffle(expected.begin(), expected.end(), random);
-                selection.AddMembers(pool, expected);
-                if (linked) {
-                    selection.ActivateMember(1000);
-                    selection.InsertMemberBeforeActiveMember(M(4000));
-                    expected.insert(expected.begin() + 1000, M(4000));
-                }
-                while (expected.size() > 200) {
-                    auto const position = static_cast<std::ptrdiff_t>(random() % expected.size());
-                    if (byValue) {
-                        Member const victim = expected[static_cast<std::size_t>(position)];
-                        selection.RemoveMember(victim);
-                        expected.erase(std::find(expected.begin(), expected.end(), victim));
-                    } else {
-                        ASSERT_EQ(selection.RemoveMemberByIndex(static_cast<int>(position)),
-                                  expected[static_cast<std::size_t>(position)]);
-                        expected.erase(expected.begin() + position);
-                    }
-                    if (random() % 5 == 0) {
-                        selection.AddMember(pool, M(3500 + expected.size() % 100));
-                        expected.push_back(M(3500 + expected.size() % 100));
-                    }
-                }
-                EXPECT_EQ(selection.GetAllMembers(), expected)
-                    << "duplicates " << duplicates << " linked " << linked << " by value " << byValue;
+    for (int kind = 0; kind < 8; ++kind) {
+        bool const duplicates = (kind & 1) != 0;
+        bool const linked = (kind & 2) != 0;
+        bool const byValue = (kind & 4) != 0;
+        MemberSelection selection(&pool);
+        std::vector<Member> expected;
+        for (std::size_t i = 0; i < 3000; ++i) {
+            expected.push_back(M(duplicates ? i % 700 : i));
+        }
+        std::shuffle(expected.begin(), expected.end(), random);
+        selection.AddMembers(pool, expected);
+        if (linked) {
+            selection.ActivateMember(1000);
+            selection.InsertMemberBeforeActiveMember(M(4000));
+            expected.insert(expected.begin() + 1000, M(4000));
+        }
+        while (expected.size() > 200) {
+            auto const position = static_cast<std::ptrdiff_t>(random() % expected.size());
+            if (byValue) {
+                Member const victim = expected[static_cast<std::size_t>(position)];
+                selection.RemoveMember(victim);
+                expected.erase(std::find(expected.begin(), expected.end(), victim));
+            } else {
+                ASSERT_EQ(selection.RemoveMemberByIndex(static_cast<int>(position)),
+                          expected[static_cast<std::size_t>(position)]);
+                expected.erase(expected.begin() + position);
+            }
+            if (random() % 5 == 0) {
+                selection.AddMember(pool, M(3500 + expected.size() % 100));
+                expected.push_back(M(3500 + expected.size() % 100));
             }
         }
+        EXPECT_EQ(selection.GetAllMembers(), expected)
+            << "duplicates " << duplicates << " linked " << linked << " by value " << byValue;
     }
 }
 

@@ -458,7 +458,7 @@ TEST(SpatialRelation, TellsASelectionFromAnotherAtItsAddress) {
 }
 
 TEST(SpatialOrganizers, ReadNoRecordWithoutAPosition) {
-    Crowd const noName({{1, 0, 1}}, "Place");
+    Crowd noName({{1, 0, 1}}, "Place");
     Pool wrongType;
     wrongType.AddMemberProperty(Value("Position"));
     wrongType.AddNewMember();
@@ -468,8 +468,7 @@ TEST(SpatialOrganizers, ReadNoRecordWithoutAPosition) {
     MemberSelection noPool(nullptr);
     Crowd cleared({{1, 0, 1}, {2, 0, 2}});
     for (MemberSelection* const selection :
-         {static_cast<MemberSelection*>(const_cast<Crowd*>(&noName)), static_cast<MemberSelection*>(&wrongType),
-          static_cast<MemberSelection*>(&hidden), static_cast<MemberSelection*>(&nobody), &noPool}) {
+         std::initializer_list<MemberSelection*>{&noName, &wrongType, &hidden, &nobody, &noPool}) {
         GridOrganizer& grid = Crowd::Grid(*selection);
         MemberSelection result(selection->GetBasePool());
         grid.GetMembersInRadius(result, {}, INF, Member::NIL);
