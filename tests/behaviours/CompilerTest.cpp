@@ -3,8 +3,6 @@
 
 #include "support/Host.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <random>
 
@@ -178,6 +176,7 @@ TEST_F(Compiling, ReadsAndWritesValuesAndVectorsByKind) {
         EXPECT_TRUE(fresh.ReadFlexibleValue(0) == row.read && fresh.ReadFlexibleVec3(1).x == row.read);
         EXPECT_TRUE(fresh.ReadFlexibleConstValue(0) == row.readConst);
         EXPECT_TRUE(fresh.ReadFlexibleConstVec3(1).x == row.readConst);
+        EXPECT_EQ(Behaviour::UseMemberInSelection(pool, 1), one);
         fresh.WriteFlexibleValue(0, 9);
         fresh.WriteFlexibleVec3(1, {9, 0, 0});
         EXPECT_TRUE(fresh.ReadFlexibleValue(0) == 9 && fresh.ReadFlexibleVec3(1).x == 9);
@@ -186,22 +185,6 @@ TEST_F(Compiling, ReadsAndWritesValuesAndVectorsByKind) {
     EXPECT_EQ(Behaviour::UseMemberValueFromProperty(*ofMembers, pool.GetMemberByIndex(0)), 1.0f);
     EXPECT_TRUE(free->value == 9 && vectors[FLEXIBLE]->vector.x == 9);
     EXPECT_TRUE(ofPool->value == 2 && vectors[POOL]->vector.x == 2);
-}
-
-TEST_F(Compiling, GivesReferencesToMemberData) {
-    behaviour.MemberVec3(0, "w", VISIBLE, {});
-    behaviour.MemberValue(0, "v", VISIBLE, 0);
-    behaviour.LinkPropertyToVisibleInterface(before, 0);
-    behaviour.LinkPropertyToVisibleInterface(ofMembers, 1);
-    ASSERT_TRUE(behaviour.PushLinkedParamsToFastParams());
-    behaviour.member = pool.GetMemberByIndex(1);
-    behaviour.UseMemberVec3(0).z = 8;
-    behaviour.UseMemberValue(1) = 7;
-    EXPECT_EQ(before->GetVectorFromMemberSelection(pool, 1).z, 8.0f);
-    EXPECT_EQ(Behaviour::UseMemberValueFromProperty(*ofMembers, behaviour.member), 7.0f);
-    EXPECT_EQ(Behaviour::UseMemberVectorFromProperty(*before, behaviour.member).z, 8.0f);
-    EXPECT_EQ(Behaviour::UseMemberInSelection(pool, 1), behaviour.member);
-    EXPECT_EQ(Behaviour::UseMemberInSelection(pool, 2), Member::NIL);
 }
 
 TEST_F(Compiling, GivesSelectionsAndUserDataByKind) {

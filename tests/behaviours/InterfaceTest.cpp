@@ -3,8 +3,6 @@
 
 #include "support/Host.h"
 
-#include <gtest/gtest.h>
-
 namespace {
 
 using namespace Gentra;

@@ -4,8 +4,6 @@
 #include "support/FakeCounter.h"
 #include "support/Host.h"
 
-#include <gtest/gtest.h>
-
 #include <utility>
 
 namespace {

@@ -4,8 +4,6 @@
 #include "../bench/Allocations.h"
 #include "support/Host.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <array>
 #include <iterator>

@@ -5,8 +5,6 @@
 
 #include "../bench/Allocations.h"
 
-#include <gtest/gtest.h>
-
 #include <limits>
 #include <map>
 #include <memory>
@@ -87,10 +85,8 @@ TEST(Paths, LeadNowhereWhenEmpty) {
     EXPECT_EQ(NameOf(path), "");
     EXPECT_EQ(path.GetDestinationMemberSelectionNoIndices(), nullptr);
     EXPECT_EQ(path.GetDestinationMemberSelectionUsingIndices(), nullptr);
-    EXPECT_EQ(path.GetDestinationMemberNoIndices(), Member::NIL);
-    EXPECT_EQ(path.GetDestinationMemberUsingIndices(), Member::NIL);
-    EXPECT_EQ(path.GetDestinationPropertyDataNoIndices(), nullptr);
-    EXPECT_EQ(path.GetDestinationPropertyDataUsingIndices(), nullptr);
+    EXPECT_FALSE(path.GetDestinationMemberNoIndices().IsValid() || path.GetDestinationMemberUsingIndices().IsValid());
+    EXPECT_FALSE(path.GetDestinationPropertyDataNoIndices() || path.GetDestinationPropertyDataUsingIndices());
     EXPECT_EQ(path.GetDestinationPropertyIncludingMemberSelections(), Property::NIL);
     EXPECT_EQ(path.GetDestinationMemberSelectionID(), ShortID(0));
     EXPECT_EQ(path.GetIndicesForManipulation(), std::vector<int>{0});
@@ -519,11 +515,6 @@ TEST_P(PathModel, AgreesWithWhatThereIs) {
     for (int i = 0; i < 4; ++i) {
         grow();
     }
-    struct Definition {
-        ShortID root{0};
-        std::vector<SelectionPtr> levels;
-        PropertyPtr end = Property::NIL;
-    };
     for (int step = 0; step < 200; ++step) {
         switch (below(6)) {
         case 0:
@@ -548,40 +539,41 @@ TEST_P(PathModel, AgreesWithWhatThereIs) {
         default:
             break;
         }
-        Definition definition;
         Path path;
-        definition.root = some(pools)->GetMemberPoolID();
-        path.SetRootMemberPoolID(definition.root);
+        ShortID const rootID = some(pools)->GetMemberPoolID();
+        std::vector<SelectionPtr> chain;
+        PropertyPtr end = Property::NIL;
+        path.SetRootMemberPoolID(rootID);
         for (std::size_t i = below(4); i > 0; --i) {
-            definition.levels.push_back(some(levels));
-            path.AddRootingMemberSelectionBack(definition.levels.back());
+            chain.push_back(some(levels));
+            path.AddRootingMemberSelectionBack(chain.back());
         }
         if (below(2) == 0) {
-            definition.end = some(ends);
-            path.SetDestinationProperty(definition.end);
+            end = some(ends);
+            path.SetDestinationProperty(end);
         }
         std::stringstream text;
         path.SaveToStream(text);
         Path loaded;
         loaded.LoadFromStream(text);
 
-        MemberPool* const root = MainContext().GetMemberPoolFromID(definition.root);
+        MemberPool* const root = MainContext().GetMemberPoolFromID(rootID);
         auto const isKnown = [](PropertyPtr const& property) {
             return MainContext().GetPropertyByID(property->GetPropertyID()) == property;
         };
         bool resolves = root != nullptr;
-        for (SelectionPtr const& level : definition.levels) {
+        for (SelectionPtr const& level : chain) {
             resolves = resolves && isKnown(level) && level->GetBasePool() != nullptr;
         }
-        resolves = resolves && (definition.end == Property::NIL || isKnown(definition.end));
+        resolves = resolves && (end == Property::NIL || isKnown(end));
         bool const usingIndices = below(2) == 0;
         std::vector<int>& indices = loaded.GetIndicesForManipulation();
         for (int& index : indices) {
             index = static_cast<int>(below(3));
         }
         MemberSelection* expected = resolves ? root : nullptr;
-        for (std::size_t i = 0; i < definition.levels.size() && expected != nullptr; ++i) {
-            MemberSelectionProperty& level = *definition.levels[i];
+        for (std::size_t i = 0; i < chain.size() && expected != nullptr; ++i) {
+            MemberSelectionProperty& level = *chain[i];
             Member const member = usingIndices ? expected->GetMemberByIndex(indices[i]) : expected->ActiveMember();
             bool const isHere = level.GetOwnerPool() == expected->GetBasePool();
             expected = isHere && member.IsValid() ? Datum::Read<MemberSelection*>(member.record + level.GetDataOffset())
@@ -594,11 +586,11 @@ TEST_P(PathModel, AgreesWithWhatThereIs) {
             << "step " << step;
         void const* const datum = usingIndices ? loaded.GetDestinationPropertyDataUsingIndices()
                                                : loaded.GetDestinationPropertyDataNoIndices();
-        if (expected == nullptr || definition.end == Property::NIL) {
+        if (expected == nullptr || end == Property::NIL) {
             ASSERT_EQ(datum, nullptr);
-        } else if (definition.end->GetOwnerPool() == expected->GetBasePool()) {
+        } else if (end->GetOwnerPool() == expected->GetBasePool()) {
             Member const member = usingIndices ? expected->GetMemberByIndex(indices.back()) : expected->ActiveMember();
-            ASSERT_EQ(datum, member.IsValid() ? member.record + definition.end->GetDataOffset() : nullptr);
+            ASSERT_EQ(datum, member.IsValid() ? member.record + end->GetDataOffset() : nullptr);
         }
     }
 }

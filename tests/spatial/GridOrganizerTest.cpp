@@ -5,8 +5,6 @@
 
 #include "../bench/Allocations.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cmath>
 #include <limits>

@@ -7,6 +7,7 @@
 #include "MessageLog.h"
 
 #include <gentra/gentra.h>
+#include <gtest/gtest.h>
 
 #include <functional>
 #include <string>
