@@ -192,13 +192,15 @@ public:
 /// Circles on a course that changes now and then.
 class Hunt : public BirdBehaviour {
 public:
-    Hunt() : BirdBehaviour("Hunt") { MemberValue(FIRST_OWN, "Course", SHARED_INTRINSIC, 0); }
+    Hunt() : BirdBehaviour("Hunt") { MemberVec3(FIRST_OWN, "Course", SHARED_INTRINSIC, {1, 0, 0}); }
 
     bool TriggerLiveBehaviour() override {
         TakeMember();
-        float& course = UseMemberValue(FIRST_OWN);
-        course += randomNumbers.Uniform(-0.15f, 0.15f);
-        UseMemberVec3(STEERING) = {12 * std::cos(course), 0, 12 * std::sin(course)};
+        Vec3& course = UseMemberVec3(FIRST_OWN);
+        AddScaled(course, {-course.z, 0, course.x}, randomNumbers.Uniform(-0.15f, 0.15f));
+        float const length = Length(course);
+        course = {course.x / length, 0, course.z / length};
+        UseMemberVec3(STEERING) = {12 * course.x, 0, 12 * course.z};
         return true;
     }
 };

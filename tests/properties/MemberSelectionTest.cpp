@@ -1,7 +1,7 @@
 // Gentra, copyright the Gentra authors.
 // SPDX-License-Identifier: MIT
 
-#include "../bench/Allocations.h"
+#include "support/Allocations.h"
 #include "support/Host.h"
 
 #include <algorithm>
@@ -159,12 +159,12 @@ TEST_F(Selections, RefillWithoutAllocating) {
     selection.AddMember(pool, a);
     selection.GetAllMembers();
     selection.Clear();
-    std::size_t const before = Bench::AllocationsSoFar();
+    std::size_t const before = Support::AllocationsSoFar();
     for (int round = 0; round < 5; ++round) {
         EXPECT_EQ(fill(100), 100u);
         selection.Clear();
     }
-    EXPECT_EQ(Bench::AllocationsSoFar(), before);
+    EXPECT_EQ(Support::AllocationsSoFar(), before);
 }
 
 /// The selection as a linked list and a lazily rebuilt vector, for comparison.

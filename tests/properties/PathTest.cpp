@@ -3,7 +3,7 @@
 
 #include "support/Host.h"
 
-#include "../bench/Allocations.h"
+#include "support/Allocations.h"
 
 #include <limits>
 #include <map>
@@ -435,9 +435,9 @@ TEST(PathText, EndsWhereItStopsBeingOne) {
         std::istringstream stream(row.text);
         Path path;
         path.SetRootMemberPoolID(99);
-        std::size_t const held = Bench::BytesHeld();
+        std::size_t const before = BytesAllocatedSoFar();
         path.LoadFromStream(stream);
-        EXPECT_LT(Bench::BytesHeld(), held + 1000) << "no memory for levels to come";
+        EXPECT_LT(BytesAllocatedSoFar(), before + 1000) << "no memory for levels to come";
         EXPECT_EQ(Saved(path), row.read + nul);
         EXPECT_EQ(!stream.fail(), row.good);
         Path again;

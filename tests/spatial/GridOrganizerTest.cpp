@@ -3,7 +3,7 @@
 
 #include "support/Host.h"
 
-#include "../bench/Allocations.h"
+#include "support/Allocations.h"
 
 #include <algorithm>
 #include <cmath>
@@ -370,10 +370,10 @@ TEST(GridQueries, AllocateNothingOnceTheirResultWasFilled) {
         }
     };
     queryAll();
-    std::size_t const before = Bench::AllocationsSoFar();
+    std::size_t const before = AllocationsSoFar();
     queryAll();
     grid.Refresh();
-    EXPECT_EQ(Bench::AllocationsSoFar(), before);
+    EXPECT_EQ(AllocationsSoFar(), before);
 }
 
 TEST(SpatialOrganizers, UpdateByTheirTimers) {
