@@ -60,6 +60,8 @@ public:
     [[nodiscard]] MemberRecordStorage* Records() const noexcept { return storage.get(); }
 
 private:
+    friend struct Validator; // of the tests
+
     [[nodiscard]] unsigned char* TakeSpecialRecord();
 
     PropertyTable table;

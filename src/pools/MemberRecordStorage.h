@@ -45,6 +45,8 @@ public:
     void GiveBack(Place place) { freeRecords.push_back(place); }
 
 private:
+    friend struct Validator; // of the tests
+
     /// Sizes of blocks in bytes: the first one, and where doubling ends.
     static constexpr std::size_t FIRST_BLOCK_SIZE = 1024;
     static constexpr std::size_t FIRST_BLOCK_RECORDS = 16;

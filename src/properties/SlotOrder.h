@@ -48,6 +48,8 @@ public:
     void Erase(Slot slot);
 
 private:
+    friend struct Validator; // of the tests
+
     static constexpr Slot WORD_BITS = 64;
 
     struct Link {

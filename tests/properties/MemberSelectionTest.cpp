@@ -3,6 +3,7 @@
 
 #include "support/Allocations.h"
 #include "support/Host.h"
+#include "support/SelectionModel.h"
 
 #include <algorithm>
 #include <array>
@@ -167,80 +168,14 @@ TEST_F(Selections, RefillWithoutAllocating) {
     EXPECT_EQ(Support::AllocationsSoFar(), before);
 }
 
-/// The selection as a linked list and a lazily rebuilt vector, for comparison.
-class Model {
-public:
-    std::list<Member> list;
-    std::vector<Member> vector;
-    std::list<Member>::iterator cursor;
-    Member active;
-    Member poolActive; ///< Of the base pool.
-    bool cursorValid = false;
-    bool outOfDate = false;
-    unsigned int stamp = 0;
-
-    void Rebuild() {
-        if (outOfDate) {
-            vector.assign(list.begin(), list.end());
-            ++stamp;
-            outOfDate = false;
-        }
-    }
-    bool Activate(std::list<Member>::iterator position) {
-        cursorValid = position != list.end();
-        cursor = position;
-        active = cursorValid ? *position : Member();
-        return cursorValid;
-    }
-    bool First() { return Activate(list.begin()); }
-    bool Last() { return Activate(list.empty() ? list.end() : std::prev(list.end())); }
-    bool Next() {
-        if (!cursorValid || std::next(cursor) == list.end()) {
-            return First();
-        }
-        Activate(std::next(cursor));
-        poolActive = active;
-        return true;
-    }
-    bool Previous() { return cursorValid && cursor != list.begin() ? Activate(std::prev(cursor)) : Last(); }
-    Member Erase(std::list<Member>::iterator position) {
-        Member const removed = *position;
-        bool const atCursor = cursorValid && cursor == position;
-        list.erase(position);
-        outOfDate = true;
-        if (removed == active) {
-            First();
-        } else if (atCursor) { // the host had overwritten the active member
-            cursor = list.begin();
-            cursorValid = !list.empty();
-        }
-        return removed;
-    }
-    Member RemoveActive() {
-        if (!cursorValid) {
-            return Member();
-        }
-        auto const position = cursor;
-        Member const removed = *position;
-        if (list.size() < 2) {
-            Activate(list.end());
-        } else {
-            Next();
-        }
-        list.erase(position);
-        outOfDate = true;
-        return removed;
-    }
-};
-
-class SelectionModel : public testing::TestWithParam<unsigned int> {};
+class SelectionModelTest : public testing::TestWithParam<unsigned int> {};
 
 /// `variety` is the number of different members: few give duplicates, many give none.
 void CompareRandomOperations(unsigned int seed, std::size_t variety, int steps, unsigned int growth) {
     std::mt19937 random(seed);
     Support::Pool pool;
     MemberSelection selection(&pool);
-    Model model;
+    Support::SelectionModel model;
     auto const below = [&](std::size_t bound) { return static_cast<std::size_t>(random() % bound); };
 
     for (int step = 0; step < steps; ++step) {
@@ -343,7 +278,7 @@ void CompareRandomOperations(unsigned int seed, std::size_t variety, int steps, 
         case 19:
             if (below(20) == 0) {
                 selection.Clear();
-                model = Model{{}, {}, {}, {}, model.poolActive, false, false, model.stamp};
+                model = {{}, {}, {}, {}, model.poolActive, false, false, model.stamp};
             }
             break;
         default:
@@ -362,7 +297,7 @@ void CompareRandomOperations(unsigned int seed, std::size_t variety, int steps, 
     }
 }
 
-TEST_P(SelectionModel, AgreesWithAListAndAVector) {
+TEST_P(SelectionModelTest, AgreesWithAListAndAVector) {
     for (std::size_t const variety : {2u, 30u, 4000u}) {
         for (unsigned int growth : {0u, 4u, 12u}) {
             CompareRandomOperations(GetParam(), variety, 1500, growth);
@@ -370,7 +305,7 @@ TEST_P(SelectionModel, AgreesWithAListAndAVector) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, SelectionModel, testing::Range(0u, 12u));
+INSTANTIATE_TEST_SUITE_P(Seeds, SelectionModelTest, testing::Range(0u, 12u));
 
 /// Long runs of one kind of removal, which bring the indexes of members and positions into play.
 TEST(LargeSelections, RemoveTheRightEntriesInLongRuns) {

@@ -199,6 +199,7 @@ private:
     friend class Path;
     friend class Property;
     friend class SpatialOrganizer;
+    friend struct Validator; // of the tests
 
     using BehaviourList = std::vector<Util::RefCountPtr<Behaviour>>;
 

@@ -164,6 +164,7 @@ private:
     friend class GridOrganizer;
     friend class MemberSelectionProperty;
     friend class SpatialOrganizer;
+    friend struct Validator; // of the tests
 
     /// A pointer that becomes null when the selection is destroyed or given to another owner.
     [[nodiscard]] Util::WeakPtr<MemberSelection> Watch();

@@ -1,0 +1,45 @@
+// Gentra, copyright the Gentra authors.
+// SPDX-License-Identifier: MIT
+
+// Random hosts. Other seeds by hand: GENTRA_SEEDS="first count" in the environment.
+
+#include "World.h"
+
+#include <cstdlib>
+#include <exception>
+
+namespace {
+
+using namespace Whole;
+
+constexpr int STEPS = 300;
+
+std::pair<unsigned int, unsigned int> Seeds() {
+    std::pair<unsigned int, unsigned int> seeds(1, 60);
+    if (char const* const wanted = std::getenv("GENTRA_SEEDS")) {
+        std::istringstream(wanted) >> seeds.first >> seeds.second;
+    }
+    return seeds;
+}
+
+TEST(RandomHosts, AgreeWithAModelAfterEveryStep) {
+    auto const [first, count] = Seeds();
+    std::size_t runs = 0;
+    for (unsigned int seed = first; seed - first < count; ++seed) {
+        Choices choices(seed);
+        World world(choices);
+        int step = 0;
+        try {
+            for (; step < STEPS; ++step) {
+                world.Step();
+                world.Check();
+            }
+        } catch (std::exception const& disagreement) {
+            FAIL() << "seed " << seed << ", step " << step << ": " << disagreement.what() << world.Operations();
+        }
+        runs += world.CountRuns();
+    }
+    EXPECT_GT(runs, count * 50) << "hardly anything happens";
+}
+
+} // namespace
