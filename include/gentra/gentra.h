@@ -14,6 +14,7 @@
 #include "gentra/util/GlobalMessageManager.h"
 #include "gentra/util/LoadTimeStatics.h"
 #include "gentra/util/MessageManager.h"
+#include "gentra/util/NoInline.h"
 #include "gentra/util/PerformanceProfiler.h"
 #include "gentra/util/PerformanceStatistics.h"
 #include "gentra/util/RefCountPtr.h"

@@ -64,6 +64,15 @@ void CreateDatum(MemberPropertyTable::Place const& place, unsigned char* record)
     place.property->OnInstanceCreation(datum);
 }
 
+/// Triggers an event that takes back another one whose delivery has thrown. A second exception changes nothing.
+template<class Trigger>
+void TriggerQuietly(Trigger const& trigger) noexcept {
+    try {
+        trigger();
+    } catch (...) { // NOLINT(bugprone-empty-catch): the first exception is on its way
+    }
+}
+
 void AppendNames(std::vector<PropertyPtr> const& properties, std::vector<Util::String>& out) {
     for (PropertyPtr const& property : properties) {
         out.push_back(property->GetName());
@@ -78,7 +87,12 @@ MemberPool::MemberPool(Context& newContext)
     : MemberSelection(nullptr), context(newContext), memberProperties(std::make_unique<MemberPropertyTable>()),
       poolProperties(std::make_unique<PropertyTable>()), identity(NextIdentity()), announced(true) {
     SetBasePool(this);
-    GlobalEventManager::Trigger(Util::Event(EVENT_CREATED, 0, 0, this));
+    try {
+        GlobalEventManager::Trigger(Util::Event(EVENT_CREATED, 0, 0, this));
+    } catch (...) {
+        TriggerQuietly([&] { GlobalEventManager::Trigger(Util::Event(EVENT_DELETED, 0, 0, this)); });
+        throw;
+    }
 }
 
 MemberPool::MemberPool(MemberPool const& other)
@@ -115,6 +129,24 @@ bool MemberPool::SetNewMemberPoolID(Util::ShortID id) {
 
 // Properties.
 
+/// Announces the property and adds it, unless a listener has destroyed the pool. Where a listener throws, or memory
+/// runs out, those who heard of it are told that it has left.
+template<class Add>
+void MemberPool::Enter(PropertyPtr const& property, Add const& add) {
+    Util::WeakPtr<MemberPool> const self = GetWeakPtr();
+    try {
+        TriggerPropertyEvent(property, "MemberPool", ENTERS);
+        if (self.Get() != nullptr) {
+            add();
+        }
+    } catch (...) {
+        if (self.Get() != nullptr) {
+            TriggerQuietly([&] { TriggerPropertyEvent(property, "MemberPool", LEAVES); });
+        }
+        throw;
+    }
+}
+
 PropertyPtr const& MemberPool::AddMemberProperty(PropertyPtr property) {
     if (!CanEnter(property)) {
         return Property::NIL;
@@ -125,16 +157,18 @@ PropertyPtr const& MemberPool::AddMemberProperty(PropertyPtr property) {
             return existing;
         }
     }
-    if (!AcceptsMemberProperty(*property) || !AnnounceEntering(property)) {
+    if (!AcceptsMemberProperty(*property)) {
         return Property::NIL;
     }
-    if (!AcceptsMemberProperty(*property)) { // a listener has created members
-        TriggerPropertyEvent(property, "MemberPool", LEAVES);
-        return Property::NIL;
-    }
-    property->SetPropertyOwner(MEMBER);
-    property->SetOwnerPool(this);
-    memberProperties->Add(property);
+    Enter(property, [&] {
+        if (!AcceptsMemberProperty(*property)) { // a listener has created members
+            TriggerPropertyEvent(property, "MemberPool", LEAVES);
+            return;
+        }
+        memberProperties->Add(property);
+        property->SetPropertyOwner(MEMBER);
+        property->SetOwnerPool(this);
+    });
     return Property::NIL;
 }
 
@@ -148,11 +182,11 @@ PropertyPtr const& MemberPool::AddPoolProperty(PropertyPtr property) {
             return existing;
         }
     }
-    if (AnnounceEntering(property)) {
+    Enter(property, [&] {
+        poolProperties->Insert(property);
         property->SetOwnerPool(this);
         property->SetPropertyOwner(POOL);
-        poolProperties->Insert(property);
-    }
+    });
     return Property::NIL;
 }
 
@@ -189,13 +223,6 @@ bool MemberPool::AcceptsMemberProperty(Property& property) const {
 void MemberPool::ReportClearing() const {
     GlobalMessageManager::OutputMessage(
         "Error :: Construction :: Nothing can be added to the Pool \"%s\" while it is cleared", name.c_str());
-}
-
-/// Triggers the event; false when a listener has destroyed the pool.
-bool MemberPool::AnnounceEntering(PropertyPtr const& property) {
-    Util::WeakPtr<MemberPool> const self = GetWeakPtr();
-    TriggerPropertyEvent(property, "MemberPool", ENTERS);
-    return self.Get() != nullptr;
 }
 
 PropertyPtr MemberPool::MakeProperty(Parameter const& parameter, Util::ShortID id) const {
@@ -241,7 +268,7 @@ PropertyPtr MemberPool::FindMemberProperty(Util::String const& propertyName) con
 }
 
 int MemberPool::GetDataOffsetFromPropertyName(Util::String const& propertyName) const {
-    std::deque<PropertyPtr> const& properties = memberProperties->Properties().All();
+    PropertyTable::Properties const& properties = memberProperties->Properties().All();
     auto const found = std::find_if(properties.begin(), properties.end(),
                                     [&](PropertyPtr const& property) { return property->GetName() == propertyName; });
     if (found == properties.end()) {
@@ -251,15 +278,15 @@ int MemberPool::GetDataOffsetFromPropertyName(Util::String const& propertyName) 
 }
 
 std::vector<PropertyPtr> MemberPool::GetAllProperties() const {
-    std::deque<PropertyPtr> const& ofPool = poolProperties->All();
-    std::deque<PropertyPtr> const& ofMembers = memberProperties->Properties().All();
+    PropertyTable::Properties const& ofPool = poolProperties->All();
+    PropertyTable::Properties const& ofMembers = memberProperties->Properties().All();
     std::vector<PropertyPtr> all(ofPool.begin(), ofPool.end());
     all.insert(all.end(), ofMembers.begin(), ofMembers.end());
     return all;
 }
 
 std::vector<PropertyPtr> MemberPool::GetAllMemberProperties() const {
-    std::deque<PropertyPtr> const& ofMembers = memberProperties->Properties().All();
+    PropertyTable::Properties const& ofMembers = memberProperties->Properties().All();
     return {ofMembers.begin(), ofMembers.end()};
 }
 
@@ -292,12 +319,12 @@ void MemberPool::GetAllMemberSelectionPropertiesByName(std::vector<Util::String>
 }
 
 void MemberPool::GetDefaultProperties(std::vector<PropertyPtr>& out) const {
-    std::deque<PropertyPtr> const& ofMembers = memberProperties->Properties().All();
+    PropertyTable::Properties const& ofMembers = memberProperties->Properties().All();
     out.assign(ofMembers.begin(), ofMembers.begin() + std::min<std::ptrdiff_t>(std::ssize(ofMembers), 2));
 }
 
 /// Triggers the leaving events of a table. Nothing enters it meanwhile, but a listener may destroy the pool.
-void MemberPool::AnnounceLeaving(std::deque<PropertyPtr> const& table, char const* subName) {
+void MemberPool::AnnounceLeaving(PropertyTable::Properties const& table, char const* subName) {
     Util::WeakPtr<MemberPool> const self = GetWeakPtr();
     for (std::size_t i = 0; self.Get() != nullptr && i < table.size(); ++i) {
         TriggerPropertyEvent(table[i], subName, LEAVES);

@@ -33,6 +33,7 @@ void MemberPropertyTable::Add(Util::RefCountPtr<Property> const& property) {
                       property.Get()};
     places.reserve(places.size() + 1);
     placesOnly.reserve(placesOnly.size() + 1);
+    withoutEntry.reserve(withoutEntry.size() + 1);
     if (table.Insert(property)) {
         places.push_back(place);
     } else if (auto const found = std::find(table.All().begin(), table.All().end(), property);
@@ -40,6 +41,7 @@ void MemberPropertyTable::Add(Util::RefCountPtr<Property> const& property) {
         placesOnly.push_back(std::exchange(places[static_cast<std::size_t>(found - table.All().begin())], place));
     } else {
         placesOnly.push_back(place);
+        withoutEntry.push_back(property);
     }
     property->SetDataOffset(place.offset);
     recordSize += place.size;
@@ -49,6 +51,7 @@ void MemberPropertyTable::CopyLayout(MemberPropertyTable const& other) {
     table = other.table;
     places = other.places;
     placesOnly = other.placesOnly;
+    withoutEntry = other.withoutEntry;
     recordSize = other.recordSize;
 }
 
@@ -57,6 +60,11 @@ void MemberPropertyTable::Clear(MemberPool const& pool) {
     placesOnly.clear();
     recordSize = 0;
     storage.reset();
+    // As in the table: the last reference may run a host's destructor.
+    std::vector<Util::RefCountPtr<Property>> const leaving = std::exchange(withoutEntry, {});
+    for (Util::RefCountPtr<Property> const& property : leaving) {
+        property->LeavePool(pool);
+    }
     table.Clear(pool);
 }
 

@@ -66,7 +66,8 @@ private:
 
     PropertyTable table;
     std::vector<Place> places;     ///< Same positions as the table.
-    std::vector<Place> placesOnly; ///< Of properties without an entry.
+    std::vector<Place> placesOnly; ///< Without an entry: of properties that have none, and former places.
+    std::vector<Util::RefCountPtr<Property>> withoutEntry; ///< They have a place, and leave the pool like the others.
     int recordSize = 0;
     std::unique_ptr<MemberRecordStorage> storage; ///< Null until the first member is created.
 };

@@ -7,11 +7,34 @@
 
 namespace Gentra {
 
+PropertyTable::PropertyTable() {
+    static_cast<void>(None()); // made now, where running out of memory may throw
+}
+
+PropertyTable::PropertyTable(PropertyTable const& other)
+    : properties(other.properties != nullptr ? std::make_unique<Properties>(*other.properties) : nullptr),
+      positions(other.positions) {}
+
+PropertyTable& PropertyTable::operator=(PropertyTable const& other) {
+    PropertyTable copy(other);
+    properties.swap(copy.properties);
+    positions.swap(copy.positions);
+    return *this;
+}
+
+PropertyTable::Properties const& PropertyTable::None() {
+    static Properties const& none = *new Properties; // never destroyed: pools may go after it
+    return none;
+}
+
 bool PropertyTable::Insert(PropertyPtr const& property) {
-    auto const [entry, inserted] = positions.emplace(property->GetPropertyID(), properties.size());
+    if (properties == nullptr) {
+        properties = std::make_unique<Properties>();
+    }
+    auto const [entry, inserted] = positions.emplace(property->GetPropertyID(), properties->size());
     if (inserted) {
         try {
-            properties.push_back(property);
+            properties->push_back(property);
         } catch (...) {
             positions.erase(entry);
             throw;
@@ -22,20 +45,22 @@ bool PropertyTable::Insert(PropertyPtr const& property) {
 
 void PropertyTable::Clear(MemberPool const& pool) {
     // The last reference may run a host's destructor, which must find the table empty.
-    std::deque<PropertyPtr> const leaving = std::exchange(properties, {});
+    std::unique_ptr<Properties const> const leaving = std::move(properties);
     positions.clear();
-    for (PropertyPtr const& property : leaving) {
-        property->LeavePool(pool);
+    if (leaving != nullptr) {
+        for (PropertyPtr const& property : *leaving) {
+            property->LeavePool(pool);
+        }
     }
 }
 
 PropertyTable::PropertyPtr const& PropertyTable::FindByID(Util::ShortID id) const {
     auto const found = positions.find(id);
-    return found != positions.end() ? properties[found->second] : Property::NIL;
+    return found != positions.end() ? (*properties)[found->second] : Property::NIL;
 }
 
 PropertyTable::PropertyPtr const& PropertyTable::FindByName(Util::String const& name) const {
-    for (PropertyPtr const& property : properties) {
+    for (PropertyPtr const& property : All()) {
         if (property->GetName() == name) {
             return property;
         }
@@ -44,7 +69,7 @@ PropertyTable::PropertyPtr const& PropertyTable::FindByName(Util::String const& 
 }
 
 PropertyTable::PropertyPtr const& PropertyTable::FindIntrinsicByName(Util::String const& name) const {
-    for (PropertyPtr const& property : properties) {
+    for (PropertyPtr const& property : All()) {
         if (property->IsIntrinsic() && property->GetName() == name) {
             return property;
         }

@@ -11,6 +11,7 @@
 
 #include <cstddef>
 #include <deque>
+#include <memory>
 #include <unordered_map>
 
 namespace Gentra {
@@ -19,20 +20,29 @@ namespace Gentra {
 class PropertyTable {
 public:
     using PropertyPtr = Util::RefCountPtr<Property>;
+    using Properties = std::deque<PropertyPtr>; ///< Addresses stay: references to them are handed out.
+
+    PropertyTable();
+    PropertyTable(PropertyTable const& other);
+    PropertyTable& operator=(PropertyTable const& other);
 
     /// Inserts the property under its present ID; false, with nothing changed, when the table has that ID.
     bool Insert(PropertyPtr const& property);
     /// Empties the table; the properties belong to `pool` no longer.
     void Clear(MemberPool const& pool);
 
-    [[nodiscard]] std::deque<PropertyPtr> const& All() const noexcept { return properties; }
+    [[nodiscard]] Properties const& All() const { return properties != nullptr ? *properties : None(); }
     // Property::NIL when there is none.
     [[nodiscard]] PropertyPtr const& FindByID(Util::ShortID id) const;
     [[nodiscard]] PropertyPtr const& FindByName(Util::String const& name) const;
     [[nodiscard]] PropertyPtr const& FindIntrinsicByName(Util::String const& name) const;
 
 private:
-    std::deque<PropertyPtr> properties;             ///< Addresses stay: references to them are handed out.
+    friend struct Validator; // of the tests
+
+    [[nodiscard]] static Properties const& None();
+
+    std::unique_ptr<Properties> properties;         ///< Null while empty, so that emptying it takes no memory.
     std::unordered_map<int, std::size_t> positions; ///< By ID, whose value is its own hash.
 };
 

@@ -7,8 +7,22 @@
 
 #include <array>
 #include <cstdio>
+#include <new>
 
 namespace Gentra {
+
+namespace {
+
+/// Logs, or leaves the message out when there is no memory for it: logging never fails.
+template<class Log>
+void WhileThereIsMemory(Log const& log) noexcept {
+    try {
+        log();
+    } catch (std::bad_alloc const&) { // NOLINT(bugprone-empty-catch)
+    }
+}
+
+} // namespace
 
 constinit Util::MessageManager* GlobalMessageManager::globalManager = nullptr;
 
@@ -32,7 +46,7 @@ void GlobalMessageManager::OutputMessage(char const* format, ...) {
     }
     std::va_list arguments;
     va_start(arguments, format);
-    OutputMessage(Format(format, arguments));
+    WhileThereIsMemory([&] { GlobalManager().OutputMessage(Format(format, arguments)); });
     va_end(arguments);
 }
 
@@ -42,16 +56,16 @@ void GlobalMessageManager::OutputMessageOnce(char const* format, ...) {
     }
     std::va_list arguments;
     va_start(arguments, format);
-    OutputMessageOnce(Format(format, arguments));
+    WhileThereIsMemory([&] { GlobalManager().OutputMessageOnce(Format(format, arguments)); });
     va_end(arguments);
 }
 
 void GlobalMessageManager::OutputMessage(std::string const& text) {
-    GlobalManager().OutputMessage(text);
+    WhileThereIsMemory([&] { GlobalManager().OutputMessage(text); });
 }
 
 void GlobalMessageManager::OutputMessageOnce(std::string const& text) {
-    GlobalManager().OutputMessageOnce(text);
+    WhileThereIsMemory([&] { GlobalManager().OutputMessageOnce(text); });
 }
 
 void GlobalMessageManager::OutputDebugMessage(char const*) {}

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <optional>
 #include <set>
 #include <stdexcept>
 #include <vector>
@@ -27,14 +28,16 @@ struct Validator {
         }
     }
 
-    /// `alive` are the records that ought to be in use.
-    static void CheckPool(MemberPool const& pool, std::set<unsigned char*> const& alive) {
+    using Records = std::optional<std::set<unsigned char*>>;
+
+    /// `alive` are the records that ought to be in use, where that is known.
+    static void CheckPool(MemberPool const& pool, Records const& alive) {
         MemberPropertyTable const& table = *pool.memberProperties;
         CheckLayout(table);
         if (table.storage != nullptr) {
             CheckStorage(*table.storage, static_cast<std::size_t>(table.recordSize), alive);
         } else {
-            Require(alive.empty(), "members without records");
+            Require(!alive || alive->empty(), "members without records");
         }
         Require(pool.construction == nullptr && !pool.clearing, "the pool is at rest");
     }
@@ -42,7 +45,8 @@ struct Validator {
     static void CheckSelection(MemberSelection const& selection) {
         Require(selection.kept <= selection.memberVector.size(), "the list reaches beyond the vector");
         if (!selection.edited) {
-            Require(!selection.cursorValid || selection.cursor < selection.SlotCount(), "the cursor is beyond the list");
+            Require(!selection.cursorValid || selection.cursor < selection.SlotCount(),
+                    "the cursor is beyond the list");
             return;
         }
         SlotOrder const& order = selection.edits->order;
@@ -55,7 +59,7 @@ private:
     /// The data lie end to end in the record, each byte in one place.
     static void CheckLayout(MemberPropertyTable const& table) {
         std::vector<MemberPropertyTable::Place> places = table.places;
-        Require(places.size() == table.table.All().size(), "a place for each property");
+        Require(places.size() == table.table.positions.size(), "a place for each property");
         places.insert(places.end(), table.placesOnly.begin(), table.placesOnly.end());
         std::sort(places.begin(), places.end(), [](auto const& a, auto const& b) {
             return a.offset != b.offset ? a.offset < b.offset : a.size < b.size;
@@ -69,8 +73,7 @@ private:
     }
 
     /// Each record is either in use or once on the stack of free ones.
-    static void CheckStorage(MemberRecordStorage const& storage, std::size_t recordSize,
-                             std::set<unsigned char*> const& alive) {
+    static void CheckStorage(MemberRecordStorage const& storage, std::size_t recordSize, Records const& alive) {
         Require(storage.recordSize == recordSize, "the storage's record size");
         std::set<unsigned char*> records;
         std::set<unsigned char*> inUse;
@@ -82,7 +85,7 @@ private:
                 }
             }
         }
-        Require(inUse == alive, "records in use are not those of the members");
+        Require(!alive || inUse == *alive, "records in use are not those of the members");
         std::set<unsigned char*> free;
         for (auto const& place : storage.freeRecords) {
             free.insert(storage.blocks.at(place.block).bytes.get() + place.index * recordSize);

@@ -1,7 +1,8 @@
 // Gentra, copyright the Gentra authors.
 // SPDX-License-Identifier: MIT
 
-// Random hosts. Other seeds by hand: GENTRA_SEEDS="first count" in the environment.
+// Random hosts. Other seeds by hand: GENTRA_SEEDS="first count" in the environment. A single one tells its operations
+// as they happen.
 
 #include "World.h"
 
@@ -27,7 +28,7 @@ TEST(RandomHosts, AgreeWithAModelAfterEveryStep) {
     std::size_t runs = 0;
     for (unsigned int seed = first; seed - first < count; ++seed) {
         Choices choices(seed);
-        World world(choices);
+        World world(choices, count == 1);
         int step = 0;
         try {
             for (; step < STEPS; ++step) {

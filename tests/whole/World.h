@@ -109,7 +109,7 @@ struct PoolState {
     Behaviours active, passive, onMember, onPool;
     std::map<unsigned char*, std::map<int, Floats>> members; ///< Values and vectors by record and offset.
     Support::SelectionModel list;
-    std::optional<PropertyState*> position; ///< What the organizer of the pool reads, once there is one.
+    std::optional<std::pair<PropertyState*, int>> position; ///< What the pool's organizer reads, and at which offset.
 };
 
 /// A selection of the host.
@@ -135,7 +135,8 @@ struct ReferenceState {
 /// model, and walks the structures inside.
 class World {
 public:
-    explicit World(Choices& newChoices);
+    /// `logToError` writes the operations to the standard error, where they stay when the process ends early.
+    explicit World(Choices& newChoices, bool logToError = false);
     World(World const&) = delete;
     World& operator=(World const&) = delete;
     ~World();
@@ -161,10 +162,10 @@ private:
     };
     /// The pass that runs, if any, and how far it is.
     struct Pass {
-        bool again = false;        ///< All pools instead of those that wait.
-        bool constructing = true;  ///< Else the pool-construction behaviours run.
-        std::size_t waiting = 0;   ///< How many of those that wait were taken.
-        std::optional<int> lastID; ///< Of the pool that was taken last.
+        bool again = false;           ///< All pools instead of those that wait.
+        bool constructing = true;     ///< Else the pool-construction behaviours run.
+        std::size_t waiting = 0;      ///< How many of those that wait were taken.
+        std::optional<int> lastID;    ///< Of the pool that was taken last.
         PoolState* current = nullptr; ///< Whose pool-construction behaviours run,
         std::size_t behaviour = 0;    ///< and how many of them were taken.
     };
@@ -210,6 +211,8 @@ private:
     void BeginFrame();
     void ApplyPassive(PoolState& pool);
     PoolState* BeginRun(WorldBehaviour& behaviour, std::vector<Member> const& members);
+    void DropRunsThatDoNotFit();
+    void RequireNoMoreRuns(char const* what);
     void EndRun(PoolState& pool, bool visited, Member last);
     void WorkOn(WorldBehaviour& behaviour);
     [[nodiscard]] Floats Expected(WorldBehaviour const& behaviour, std::size_t index);
@@ -231,6 +234,7 @@ private:
 
     Choices& choices;
     std::ostringstream operations;
+    bool logsToError;
     Support::FakeCounter counter;
     std::unique_ptr<Functor> functor;
     Gentra::Context second; ///< Hears of all pools, like the main one.

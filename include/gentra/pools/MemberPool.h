@@ -225,7 +225,8 @@ private:
     }
     void ReportClearing() const;
     void AnnounceLeaving(std::deque<Util::RefCountPtr<Property>> const& table, char const* subName);
-    [[nodiscard]] bool AnnounceEntering(Util::RefCountPtr<Property> const& property);
+    template<class Add>
+    void Enter(Util::RefCountPtr<Property> const& property, Add const& add);
     void AssignDefaultPropertyID(Property& property) const;
     [[nodiscard]] Util::RefCountPtr<Property> MakeProperty(Parameter const& parameter, Util::ShortID id) const;
     [[nodiscard]] Util::RefCountPtr<Property> FindPoolProperty(Util::String const& propertyName) const;

@@ -95,6 +95,7 @@ protected:
     [[nodiscard]] bool HasPlaceInRecords() const noexcept;
 
 private:
+    friend class MemberPropertyTable;
     friend class PropertyTable;
 
     [[nodiscard]] unsigned char* FindMemberDatum(MemberSelection& selection, int index);

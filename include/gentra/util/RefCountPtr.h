@@ -4,6 +4,8 @@
 #ifndef GENTRA_UTIL_REFCOUNTPTR_H
 #define GENTRA_UTIL_REFCOUNTPTR_H
 
+#include "gentra/util/NoInline.h"
+
 #include <concepts>
 #include <cstdint>
 
@@ -34,8 +36,7 @@ public:
     /// Drops one reference; the last one destroys the object and the block.
     void Release() {
         if (--count == 0) {
-            destroy(object);
-            delete this;
+            End(this);
         }
     }
 
@@ -43,6 +44,11 @@ public:
 
 private:
     using Destroyer = void (*)(void const*);
+
+    GENTRA_NOINLINE static void End(RefCountBlock* block) {
+        block->destroy(block->object);
+        delete block;
+    }
 
     RefCountBlock(void const* newObject, Destroyer newDestroy) noexcept : object(newObject), destroy(newDestroy) {}
 

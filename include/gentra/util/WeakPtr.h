@@ -4,13 +4,9 @@
 #ifndef GENTRA_UTIL_WEAKPTR_H
 #define GENTRA_UTIL_WEAKPTR_H
 
-#include <cstdint>
+#include "gentra/util/NoInline.h"
 
-#if defined(__GNUC__)
-#define GENTRA_NOINLINE __attribute__((noinline))
-#else
-#define GENTRA_NOINLINE
-#endif
+#include <cstdint>
 
 namespace Util {
 
@@ -45,8 +41,6 @@ private:
             }
         }
 
-        // gcc 12 would follow two pointers to one block and warn of a use after the other's delete, so it
-        // must not look inside.
         GENTRA_NOINLINE static void Free(Block* block) noexcept { delete block; }
     };
 
