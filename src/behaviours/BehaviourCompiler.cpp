@@ -210,7 +210,7 @@ bool Behaviour::CompileLink(Parameter const& parameter, Property& linked) {
         fast.owner = MEMBER;
         return true;
     case FLEXIBLE:
-        fast = linked;
+        fast = static_cast<Basic_Parameter const&>(linked);
         // The members of another pool have records of their own: the behaviour reads the datum of that pool's
         // active member through the property, as it does for a property in no pool.
         if (linkedOwner == MEMBER && ownerPool.Get() != nullptr && linked.GetOwnerPool() != ownerPool.Get()) {

@@ -97,6 +97,7 @@ void MemberPool::AddPropertiesFromIntrinsicParameters(std::vector<Parameter*>& p
     Util::WeakPtr<MemberPool> const self = GetWeakPtr();
     // Copies: a listener may make the behaviour drop its interface.
     std::vector<Parameter> wanted;
+    wanted.reserve(parameters.size());
     for (Parameter const* const parameter : parameters) {
         wanted.push_back(*parameter);
     }

@@ -85,7 +85,7 @@ void AppendNames(std::vector<PropertyPtr> const& properties, std::vector<Util::S
 
 MemberPool::MemberPool(Context& newContext)
     : MemberSelection(nullptr), context(newContext), memberProperties(std::make_unique<MemberPropertyTable>()),
-      poolProperties(std::make_unique<PropertyTable>()), identity(NextIdentity()), announced(true) {
+      poolProperties(std::make_unique<PropertyTable>()), identity(NextIdentity()) {
     SetBasePool(this);
     try {
         GlobalEventManager::Trigger(Util::Event(EVENT_CREATED, 0, 0, this));

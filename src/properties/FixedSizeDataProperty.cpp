@@ -34,7 +34,7 @@ FixedSizeDataProperty& FixedSizeDataProperty::operator=(FixedSizeDataProperty co
     size = other.size;
     functor = other.functor;
     poolBlock.reset();
-    SetPoolData(other.poolBlock.get());
+    FixedSizeDataProperty::SetPoolData(other.poolBlock.get());
     return *this;
 }
 

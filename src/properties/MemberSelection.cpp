@@ -140,17 +140,35 @@ void MemberSelection::AppendRangeEdited(Member const* first, std::size_t count) 
     }
 }
 
+/// Creates a member in the base pool and lets `list` take it; a member that it does not take, or that there is no
+/// memory to list, goes again. Member::NIL for none.
+template<class List>
+Member MemberSelection::ListNewMember(List const& list) {
+    MemberPool* const pool = basePool;
+    Member const member = pool != nullptr ? pool->CreateNewMember() : Member();
+    if (!member.IsValid()) {
+        return member;
+    }
+    bool isListed = false;
+    try {
+        isListed = list(member);
+    } catch (...) {
+        pool->DeleteMember(member);
+        throw;
+    }
+    if (!isListed) {
+        pool->DeleteMember(member);
+    }
+    return isListed ? member : Member();
+}
+
 void MemberSelection::AddNewMember() {
     MemberPool* const pool = basePool;
-    if (pool == nullptr) {
-        return;
-    }
-    Member const member = pool->CreateNewMember();
-    if (!member.IsValid()) {
-        return;
-    }
-    AddMember(*pool, member);
-    if (this != pool) {
+    Member const member = ListNewMember([&](Member newMember) {
+        AddMember(*pool, newMember);
+        return true;
+    });
+    if (member.IsValid() && this != pool) {
         pool->AddMember(*pool, member);
     }
 }
@@ -172,19 +190,7 @@ bool MemberSelection::InsertNewMemberBeforeActiveMember() {
 }
 
 bool MemberSelection::InsertNewAtCursor(bool behind) {
-    MemberPool* const pool = basePool;
-    if (pool == nullptr) {
-        return false;
-    }
-    Member const member = pool->CreateNewMember();
-    if (!member.IsValid()) {
-        return false;
-    }
-    if (!InsertAtCursor(member, behind)) {
-        pool->DeleteMember(member);
-        return false;
-    }
-    return true;
+    return ListNewMember([&](Member newMember) { return InsertAtCursor(newMember, behind); }).IsValid();
 }
 
 bool MemberSelection::InsertAtCursor(Member member, bool behind) {

@@ -103,7 +103,8 @@ void GridOrganizer::Rebuild() {
             }
         }
     }
-    auto const target = static_cast<float>(count / MEMBERS_PER_CELL);
+    auto const wholeCells = count / MEMBERS_PER_CELL;
+    auto const target = static_cast<float>(wholeCells);
     float const width = bounds.maxX - bounds.minX;
     float const depth = bounds.maxZ - bounds.minZ;
     float const aspect = width / depth;

@@ -28,7 +28,7 @@ SpatialOrganizer& SpatialRelations::GetSpatialOrganizer(MemberSelection& selecti
 
 SpatialRelations::OrganizerPtr SpatialRelations::MakeOrganizer(MemberSelection& selection) const {
     MemberPool const* const pool = selection.GetBasePool();
-    auto const organizer = std::make_shared<GridOrganizer>(
+    auto organizer = std::make_shared<GridOrganizer>(
         &selection, context, pool != nullptr ? pool->GetPropertyFromName("Position") : Property::NIL);
     organizer->Rebuild();
     organizer->Refresh();

@@ -36,7 +36,7 @@ Util::MessageManager& GlobalMessageManager::GlobalManager() {
 std::string GlobalMessageManager::Format(char const* format, std::va_list arguments) {
     std::array<char, MAX_FORMATTED_LENGTH + 1> buffer{};
     // A format that cannot be converted (bad wide characters) leaves what was written before it.
-    std::vsnprintf(buffer.data(), buffer.size(), format, arguments);
+    static_cast<void>(std::vsnprintf(buffer.data(), buffer.size(), format, arguments));
     return buffer.data();
 }
 

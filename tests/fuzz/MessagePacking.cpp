@@ -43,7 +43,8 @@ void Fuzz(std::span<unsigned char const> bytes) {
         unsigned int const operation = bytes[0] % 8;
         std::size_t const count = bytes[1];
         bytes = bytes.subspan(2);
-        std::string const text(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(std::min(count, bytes.size())));
+        std::string const text(bytes.begin(),
+                               bytes.begin() + static_cast<std::ptrdiff_t>(std::min(count, bytes.size())));
         if (operation == 0) {
             log.ClearAllMessages();
             model = {};

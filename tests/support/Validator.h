@@ -55,6 +55,17 @@ struct Validator {
         Require(!selection.cursorValid || order.IsLive(selection.cursor), "the cursor is at a removed entry");
     }
 
+    /// How many records are in use.
+    static std::ptrdiff_t CountRecords(MemberPool const& pool) {
+        std::ptrdiff_t count = 0;
+        if (MemberRecordStorage const* const storage = pool.memberProperties->storage.get()) {
+            for (auto const& block : storage->blocks) {
+                count += std::count(block.inUse.get(), block.inUse.get() + block.recordCount, true);
+            }
+        }
+        return count;
+    }
+
 private:
     /// The data lie end to end in the record, each byte in one place.
     static void CheckLayout(MemberPropertyTable const& table) {

@@ -275,7 +275,7 @@ private:
 
     Util::WeakSource<MemberPool> life{this};
     int identity;
-    bool announced;                       ///< False for a copy, which no context knows.
+    bool announced = true;                ///< False for a copy, which no context knows.
     Construction* construction = nullptr; ///< The innermost one.
     bool clearing = false;
     unsigned int timesCleared = 0; ///< Tells whether the members that one knew are still there.

@@ -227,6 +227,8 @@ private:
     void EraseSlot(Slot slot);
     Member RemoveSlot(Slot slot);
     bool InsertAtCursor(Member member, bool behind);
+    template<class List>
+    Member ListNewMember(List const& list);
     bool InsertNewAtCursor(bool behind);
     void TakeOverAppended();
     void TakeOverEdits();
