@@ -125,10 +125,6 @@ void SlotOrder::Append() {
 }
 
 void SlotOrder::InsertAfter(Slot where) {
-    if (where == last) {
-        Append();
-        return;
-    }
     BuildLinks();
     LinkBetween(where, links[where].next);
 }

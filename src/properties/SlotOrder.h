@@ -42,7 +42,7 @@ public:
 
     /// Each adds slot number SlotCount().
     void Append();
-    void InsertAfter(Slot where);
+    void InsertAfter(Slot where); ///< Not behind the last one; that is Append().
     void InsertBefore(Slot where);
 
     void Erase(Slot slot);

@@ -38,6 +38,12 @@ std::vector<PropertyState*> MemberProperties(PoolState const& pool) {
     return properties;
 }
 
+PropertyState* FindNamed(std::vector<PropertyState*> const& properties, std::string const& name) {
+    auto const found =
+        std::find_if(properties.begin(), properties.end(), [&](auto* each) { return each->name == name; });
+    return found != properties.end() ? *found : nullptr;
+}
+
 /// Keeps sums that grow with every frame among the numbers that floats can add to.
 float Bounded(float sum) {
     return std::fabs(sum) < 1000.0f ? sum : 0.0f;
@@ -158,24 +164,16 @@ void World::EndRun(PoolState& pool, bool visited, Member last) {
         See(pool);
     }
     if (runs.size() == 1 && runs.back().behaviour->kind == WorldBehaviour::TURN_OVER) {
-        switch (choices.Below(8)) {
-        case 0:
-            if (pool.single < 0 && !runs.back().ofNewMember) {
-                DeleteMember(pool);
-            }
-            break;
-        case 1:
-            if (PoolState* const other = SomePool(); other != nullptr && other != &pool) {
-                DestroyPool(*other);
-            }
-            break;
-        case 2:
+        unsigned int const turn = choices.Below(8);
+        PoolState* const other = SomePool();
+        if (turn == 0 && other != nullptr && other != &pool) {
+            DestroyPool(*other);
+        } else if (turn == 1) {
             CreatePool();
-            break;
-        default:
-            if (pool.single < 0) {
-                AddMember(pool);
-            }
+        } else if (pool.single < 0 && turn == 2 && !runs.back().ofNewMember) {
+            DeleteMember(pool);
+        } else if (pool.single < 0) {
+            AddMember(pool);
         }
         // The vector that is being processed is brought up to date for the behaviours that follow.
         Require(pool.pool->GetAllMembers() == AsVector(pool.list), "the members after a turnover");
@@ -343,82 +341,63 @@ std::ostream& World::Note(char const* what) {
 }
 
 void World::Step() {
-    unsigned int const operation = choices.Below(40);
+    struct Operation {
+        unsigned int weight;
+        void (World::*perform)(PoolState&);
+    };
+    static constexpr Operation operationsOfHosts[] = {
+        {1, &World::DestroyPool},   {1, &World::Rename},          {1, &World::ChangeID},
+        {1, &World::Construct},     {1, &World::Reconstruct},     {1, &World::BuildContent},
+        {1, &World::ChooseSingle},  {3, &World::AddMembers},      {1, &World::DeleteMember},
+        {3, &World::ChangeValue},   {1, &World::Select},          {3, &World::ChangeSomeSelection},
+        {1, &World::ChangeOwnList}, {2, &World::ChangeReference}, {1, &World::FollowPath},
+        {2, &World::ApplyPassive},  {1, &World::CopyBehaviour},   {15, &World::RunFrame}};
     PoolState* const pool = SomePool();
-    if (pool == nullptr || operation == 0) {
+    if (pool == nullptr || choices.OneIn(40)) {
         CreatePool();
         return;
     }
-    switch (operation) {
-    case 1:
-        DestroyPool(*pool);
-        break;
-    case 2:
-        pool->name = choices.OneOf(NAMES);
-        Note("rename") << pool->id << " to " << pool->name;
-        pool->pool->SetName(pool->name);
-        break;
-    case 3:
-        ChangeID(*pool);
-        break;
-    case 4:
-    case 5:
-        RunPass(operation == 4);
-        break;
-    case 6:
-        BuildContent(*pool);
-        break;
-    case 7:
-        pool->single = static_cast<int>(choices.Below(12)) - 8;
-        Note("single member") << pool->id << ": " << pool->single;
-        pool->pool->SetSingleMemberUpdateIndex(pool->single);
-        break;
-    case 8:
-    case 9:
-    case 10:
-        for (unsigned int i = choices.Below(8); i > 0; --i) {
-            AddMember(*pool);
-        }
-        break;
-    case 11:
-        DeleteMember(*pool);
-        break;
-    case 12:
-        ChangeValue();
-        break;
-    case 13:
-        Note("select in") << pool->id;
-        selections.push_back(std::make_unique<SelectionState>(*pool));
-        break;
-    case 14:
-    case 15:
-    case 16:
-        if (!selections.empty()) {
-            SelectionState& some = *choices.OneOf(selections);
-            ChangeSelection(some.selection, some.list, *some.pool);
-            break;
-        }
-        [[fallthrough]];
-    case 17:
-        ChangeSelection(*pool->pool, pool->list, *pool);
-        break;
-    case 18:
-    case 19:
-        ChangeReference();
-        break;
-    case 20:
-        FollowPath();
-        break;
-    case 21:
-    case 22:
-        ApplyPassive(*pool);
-        break;
-    case 23:
-        CopyBehaviour();
-        break;
-    default:
-        RunFrame(*pool);
+    unsigned int choice = choices.Below(40);
+    Operation const* operation = operationsOfHosts;
+    for (; choice >= operation->weight; ++operation) {
+        choice -= operation->weight;
     }
+    (this->*operation->perform)(*pool);
+}
+
+void World::Rename(PoolState& pool) {
+    pool.name = choices.OneOf(NAMES);
+    Note("rename") << pool.id << " to " << pool.name;
+    pool.pool->SetName(pool.name);
+}
+
+void World::ChooseSingle(PoolState& pool) {
+    pool.single = static_cast<int>(choices.Below(12)) - 8;
+    Note("single member") << pool.id << ": " << pool.single;
+    pool.pool->SetSingleMemberUpdateIndex(pool.single);
+}
+
+void World::AddMembers(PoolState& pool) {
+    for (unsigned int i = choices.Below(8); i > 0; --i) {
+        AddMember(pool);
+    }
+}
+
+void World::Select(PoolState& pool) {
+    Note("select in") << pool.id;
+    selections.push_back(std::make_unique<SelectionState>(pool));
+}
+
+void World::ChangeSomeSelection(PoolState& pool) {
+    if (selections.empty()) {
+        return ChangeOwnList(pool);
+    }
+    SelectionState& some = *choices.OneOf(selections);
+    ChangeSelection(some.selection, some.list, *some.pool);
+}
+
+void World::ChangeOwnList(PoolState& pool) {
+    ChangeSelection(*pool.pool, pool.list, pool);
 }
 
 // Pools.
@@ -509,23 +488,14 @@ void World::HandlePoolEvent(Util::Event const& event) {
     if (event.type.subIndex == MemberPool::EVENT_CONSTRUCT.subIndex || pass) {
         return;
     }
-    switch (choices.Below(24)) {
-    case 0:
+    PoolState* const other = SomePool();
+    unsigned int const meddling = choices.Below(24);
+    if (meddling == 0) {
         CreatePool();
-        break;
-    case 1:
-        if (PoolState* const other = SomePool(); other != nullptr && runs.empty()) {
-            DestroyPool(*other);
-        }
-        break;
-    case 2:
-        if (PoolState* const other = SomePool()) {
-            other->name = "B";
-            other->pool->SetName("B");
-        }
-        break;
-    default:
-        break;
+    } else if (meddling == 1 && other != nullptr && runs.empty()) {
+        DestroyPool(*other);
+    } else if (meddling == 2 && other != nullptr) {
+        Rename(*other);
     }
 }
 
@@ -648,6 +618,14 @@ void World::EndPass() {
     pass.reset();
 }
 
+void World::Construct(PoolState&) {
+    RunPass(false);
+}
+
+void World::Reconstruct(PoolState&) {
+    RunPass(true);
+}
+
 void World::RunPass(bool again) {
     Note(again ? "reconstruct" : "construct");
     if (again || !waiting.empty()) {
@@ -673,25 +651,20 @@ void World::HandleConstruct(Util::Event const& event) {
     for (unsigned int i = choices.Below(24); i < 3; ++i) {
         AddMember(*pool);
     }
-    switch (choices.Below(16)) {
-    case 0:
+    unsigned int const meddling = choices.Below(16);
+    if (meddling == 0) {
         CreatePool();
-        break;
-    case 1:
-        if (PoolState* const other = SomePool()) {
-            bool const itself = other == pool;
+    } else if (meddling == 1) {
+        PoolState* const other = SomePool();
+        if (other != nullptr) {
             DestroyPool(*other);
-            if (itself) {
-                return;
-            }
         }
-        break;
-    case 2:
-        MainContext().ForceReconstructAllMemberPools(); // does nothing
+        if (other == pool) {
+            return;
+        }
+    } else if (meddling == 2) { // does nothing inside a pass
+        MainContext().ForceReconstructAllMemberPools();
         MainContext().ForceConstructAllMemberPools();
-        break;
-    default:
-        break;
     }
     Compile(*pool);
 }
@@ -713,27 +686,14 @@ PropertyState& World::Adopt(PropertyPtr const& property, int id) {
 
 PropertyState& World::MakeProperty() {
     std::string const name = choices.OneOf(NAMES);
-    auto const make = [&]() -> PropertyPtr {
-        switch (choices.Below(10)) {
-        case 0:
-            return new MemberSelectionProperty(name);
-        case 1:
-        case 2:
-            return new BehaviourProperty(name);
-        case 3:
-            return new DataReferenceProperty(name, functor.get());
-        case 4:
-            return new FixedSizeDataProperty(name, choices.Below(9) + 1, functor.get());
-        case 5:
-            return new TextProperty(name);
-        case 6:
-        case 7:
-            return new VectorProperty(name);
-        default:
-            return new ValueProperty(name);
-        }
-    };
-    PropertyPtr const property = make();
+    PropertyPtr const kinds[] = {new ValueProperty(name),
+                                 new VectorProperty(name),
+                                 new BehaviourProperty(name),
+                                 new MemberSelectionProperty(name),
+                                 new DataReferenceProperty(name, functor.get()),
+                                 new FixedSizeDataProperty(name, choices.Below(9) + 1, functor.get()),
+                                 new TextProperty(name)};
+    PropertyPtr const property = kinds[std::min(choices.Below(10), choices.Below(10)) % std::size(kinds)];
     property->scope = choices.OneIn(6) ? SHARED_INTRINSIC : VISIBLE;
     if (choices.OneIn(4)) {
         property->SetPropertyID(static_cast<int>(choices.Below(6)));
@@ -750,7 +710,7 @@ PropertyState& World::MakeProperty() {
     return state;
 }
 
-void World::ChangeValue() {
+void World::ChangeValue(PoolState&) {
     if (properties.empty()) {
         return;
     }
@@ -764,22 +724,9 @@ void World::ChangeValue() {
     }
 }
 
-PropertyState* World::FindByName(PoolState& pool, std::string const& name) {
-    for (PropertyState* const property : pool.poolTable) {
-        if (property->name == name) {
-            return property;
-        }
-    }
-    return FindMemberProperty(pool, name);
-}
-
-PropertyState* World::FindMemberProperty(PoolState& pool, std::string const& name) {
-    for (PoolState::Place const& place : pool.memberTable) {
-        if (place.property->name == name) {
-            return place.property;
-        }
-    }
-    return nullptr;
+PropertyState* World::FindByName(PoolState const& pool, std::string const& name) {
+    PropertyState* const ofPool = FindNamed(pool.poolTable, name);
+    return ofPool != nullptr ? ofPool : FindNamed(MemberProperties(pool), name);
 }
 
 void World::AddProperty(PoolState& pool) {
@@ -857,22 +804,25 @@ void World::LinkBehaviour(PoolState& pool) {
     }
     WorldBehaviourPtr const behaviour = choices.OneIn(4) ? choices.OneOf(behaviours) : behaviours.back();
     LinkVisible(*behaviour);
-    PoolState::Behaviours* const lists[] = {&pool.active, &pool.active, &pool.passive, &pool.onMember, &pool.onPool};
-    unsigned int const list = choices.Below(std::size(lists));
+    struct List {
+        PoolState::Behaviours PoolState::*behaviours;
+        void (MemberPool::*link)(Support::BehaviourPtr const&);
+        bool owned;
+    };
+    static constexpr List lists[] = {{&PoolState::active, &MemberPool::LinkActiveBehaviour, true},
+                                     {&PoolState::active, &MemberPool::LinkActiveBehaviour, true},
+                                     {&PoolState::passive, &MemberPool::LinkPassiveBehaviour, true},
+                                     {&PoolState::onMember, &MemberPool::LinkMemberConstructionBehaviour, false},
+                                     {&PoolState::onPool, &MemberPool::LinkPoolConstructionBehaviour, false}};
+    List const& list = choices.OneOf(lists);
     Note("link behaviour") << IndexOf(behaviours, behaviour) << " of kind " << behaviour->kind << " to " << pool.id
-                           << " in list " << list;
-    bool const owned = list < 3;
-    void (MemberPool::*const link[])(Support::BehaviourPtr const&) = {
-        &MemberPool::LinkActiveBehaviour, &MemberPool::LinkActiveBehaviour, &MemberPool::LinkPassiveBehaviour,
-        &MemberPool::LinkMemberConstructionBehaviour, &MemberPool::LinkPoolConstructionBehaviour};
-    (pool.pool.get()->*link[list])(behaviour);
-    if (owned && behaviour->pool != nullptr) {
+                           << " in list " << &list - lists;
+    (pool.pool.get()->*list.link)(behaviour);
+    if (list.owned && behaviour->pool != nullptr) {
         return; // refused
     }
-    lists[list]->push_back(behaviour.Get());
-    if (owned) {
-        behaviour->pool = &pool;
-    }
+    (pool.*list.behaviours).push_back(behaviour.Get());
+    behaviour->pool = list.owned ? &pool : behaviour->pool;
     for (WorldBehaviour::Slot& slot : behaviour->slots) {
         bool const isStale = slot.link != nullptr && slot.link->property->IsIntrinsic() && slot.link->owner != POOL &&
                              slot.link->pool == nullptr;
@@ -910,10 +860,7 @@ void World::Assimilate(PoolState& pool, WorldBehaviour& behaviour, bool ofMember
         }
         std::string name = kind.name;
         if (kind.scope == SHARED_INTRINSIC) {
-            PropertyState* existing = ofMembers ? FindMemberProperty(pool, name) : nullptr;
-            for (PropertyState* const each : pool.poolTable) {
-                existing = !ofMembers && existing == nullptr && each->name == name ? each : existing;
-            }
+            PropertyState* const existing = FindNamed(ofMembers ? MemberProperties(pool) : pool.poolTable, name);
             if (existing != nullptr && !existing->property->IsIntrinsic()) {
                 pool.failed = true;
                 return;
@@ -1050,7 +997,6 @@ void World::ApplyPassive(PoolState& pool) {
         run.members = AsVector(some->list);
     }
     bool const mayRun = how != 2 || (some != nullptr && some->pool == &pool);
-    // Without a member to work on nothing is read.
     if (behaviour->pool == &pool && behaviour->ready && Fits(pool, *behaviour) && mayRun) {
         expectedRuns.push_back(run);
     }
@@ -1064,7 +1010,7 @@ void World::ApplyPassive(PoolState& pool) {
     RequireNoMoreRuns("a behaviour did not run when it was applied");
 }
 
-void World::CopyBehaviour() {
+void World::CopyBehaviour(PoolState&) {
     if (behaviours.empty()) {
         return;
     }
@@ -1134,13 +1080,10 @@ void World::DeleteMember(PoolState& pool) {
     Member const victim = AsVector(pool.list)[choices.Below(pool.list.list.size())];
     Note("delete member from") << pool.id;
     auto const remove = [&](MemberSelection& selection, Support::SelectionModel& model) {
-        for (auto found = model.list.begin(); found != model.list.end();) {
-            found = std::find(model.list.begin(), model.list.end(), victim);
-            if (found != model.list.end()) {
-                model.Erase(found);
-                selection.RemoveMember(victim);
-                found = model.list.begin();
-            }
+        for (auto found = model.list.begin();
+             (found = std::find(model.list.begin(), model.list.end(), victim)) != model.list.end();) {
+            model.Erase(found);
+            selection.RemoveMember(victim);
         }
         if (model.active == victim) { // as the host had it
             model.Activate(model.list.end());
@@ -1231,7 +1174,7 @@ Member World::RemoveActive(Support::SelectionModel& list, PoolState& pool) {
 
 // References and paths.
 
-void World::ChangeReference() {
+void World::ChangeReference(PoolState& pool) {
     if (references.size() < 4 && choices.OneIn(3)) {
         Note("make a reference");
         PropertyPtr const standIn = Support::Value("None");
@@ -1245,15 +1188,13 @@ void World::ChangeReference() {
         return;
     }
     ReferenceState& some = *choices.OneOf(references);
-    PoolState* const pool = SomePool();
     bool changed = false;
     if (choices.OneIn(2)) {
-        int const id = pool != nullptr ? pool->id : 5;
-        Note("refer to pool") << id;
-        changed = some.reference.GetOwnerPoolID() != id;
-        some.reference.SetOwnerPoolID(id);
-        if (changed && some.pool != FindByID(id)) {
-            some.pool = FindByID(id);
+        Note("refer to pool") << pool.id;
+        changed = some.reference.GetOwnerPoolID() != pool.id;
+        some.reference.SetOwnerPoolID(pool.id);
+        if (changed && some.pool != &pool) {
+            some.pool = &pool;
             some.target = some.standIn.Get();
         }
     } else {
@@ -1269,14 +1210,13 @@ void World::ChangeReference() {
 }
 
 /// A path must find the same after it was written and read, and only what lies in a record or in a property.
-void World::FollowPath() {
-    Path path;
-    PoolState* const root = SomePool();
-    if (root == nullptr || properties.empty()) {
+void World::FollowPath(PoolState& root) {
+    if (properties.empty()) {
         return;
     }
-    Note("follow a path from") << root->id;
-    path.SetRootMemberPool(*root->pool);
+    Path path;
+    Note("follow a path from") << root.id;
+    path.SetRootMemberPool(*root.pool);
     for (unsigned int levels = choices.Below(3); levels > 0; --levels) {
         PropertyPtr const level = choices.OneOf(properties)->property;
         if (level->GetPropertyType() == MEMBERSELECTION) {

@@ -175,6 +175,8 @@ private:
     void CreatePool();
     void DestroyPool(PoolState& pool);
     void ChangeID(PoolState& pool);
+    void Rename(PoolState& pool);
+    void ChooseSingle(PoolState& pool);
     void HandlePoolEvent(Util::Event const& event);
     void ClearState(PoolState& pool);
     [[nodiscard]] PoolState* Find(MemberPool const* pool);
@@ -187,15 +189,16 @@ private:
     [[nodiscard]] WorldBehaviour* NextOfPoolConstruction(PoolState*& pool);
     void EndPass();
     void RunPass(bool again);
+    void Construct(PoolState& pool);
+    void Reconstruct(PoolState& pool);
     void HandleConstruct(Util::Event const& event);
 
     PropertyState& Adopt(PropertyPtr const& property, int id);
     PropertyState& MakeProperty();
     void AddProperty(PoolState& pool);
     void Enter(PoolState& pool, PropertyState& property, bool amongMembers);
-    void ChangeValue();
-    [[nodiscard]] PropertyState* FindByName(PoolState& pool, std::string const& name);
-    [[nodiscard]] PropertyState* FindMemberProperty(PoolState& pool, std::string const& name);
+    void ChangeValue(PoolState& pool);
+    [[nodiscard]] static PropertyState* FindByName(PoolState const& pool, std::string const& name);
     [[nodiscard]] PropertyState* State(Property const* property);
 
     void BuildContent(PoolState& pool);
@@ -205,7 +208,7 @@ private:
     void Compile(PoolState& pool);
     void Compile(WorldBehaviour& behaviour);
     [[nodiscard]] bool Fits(PoolState const& pool, WorldBehaviour const& behaviour) const;
-    void CopyBehaviour();
+    void CopyBehaviour(PoolState& pool);
 
     void RunFrame(PoolState& pool);
     void BeginFrame();
@@ -221,11 +224,15 @@ private:
 
     void Born(PoolState& pool, Member member);
     void AddMember(PoolState& pool);
+    void AddMembers(PoolState& pool);
+    void Select(PoolState& pool);
+    void ChangeSomeSelection(PoolState& pool);
+    void ChangeOwnList(PoolState& pool);
     void DeleteMember(PoolState& pool);
     void ChangeSelection(MemberSelection& selection, Support::SelectionModel& list, PoolState& pool);
     static Member RemoveActive(Support::SelectionModel& list, PoolState& pool);
-    void ChangeReference();
-    void FollowPath();
+    void ChangeReference(PoolState& pool);
+    void FollowPath(PoolState& pool);
 
     void CheckContexts();
     void CheckList(MemberSelection& selection, Support::SelectionModel& list);
