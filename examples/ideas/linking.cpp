@@ -48,7 +48,7 @@ int main() {
         ContextManager::GetMainContext().ForceReconstructAllMemberPools();
         trees.SetMemberCount(1);
         trees.ProcessMemberPool();
-        std::cout << rates[linked]->GetName() << ": "
-                  << Datum::Read<float>(size->GetDataFromMemberSelection(trees, 0)) << "\n";
+        std::cout << rates[linked]->GetName() << ": " << Datum::Read<float>(size->GetDataFromMemberSelection(trees, 0))
+                  << "\n";
     }
 }

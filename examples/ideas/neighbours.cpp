@@ -10,7 +10,8 @@ using namespace Gentra;
 
 int main() {
     MemberPool trees(ContextManager::GetMainContext());
-    Util::RefCountPtr<VectorProperty> const position(new VectorProperty("Position")); // the name that organizers look for
+    Util::RefCountPtr<VectorProperty> const position(
+        new VectorProperty("Position")); // the name that organizers look for
     trees.AddMemberProperty(position);
     for (int i = 0; i < 25; ++i) { // five rows of five, 10 apart
         position->vector = {10.0f * static_cast<float>(i % 5), 0, 10.0f * static_cast<float>(i / 5)};

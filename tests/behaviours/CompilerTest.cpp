@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <random>
+#include <tuple>
 
 namespace {
 
@@ -19,8 +20,7 @@ void Declare(TestBehaviour& behaviour, PropertyOwner owner, PropertyType type, c
 }
 
 /// Properties of each owner: in no pool, of a pool, of members.
-class Compiling : public testing::Test {
-protected:
+struct Compiling : testing::Test {
     Compiling() {
         pool.AddMemberProperty(before);
         pool.AddMemberProperty(ofMembers);
@@ -44,26 +44,19 @@ protected:
 TEST_F(Compiling, RefusesWrongLinks) {
     Declare(behaviour, FLEXIBLE, VALUE, "value");
     Declare(behaviour, POOL, VECTOR, "vector", UNIQUE_INTRINSIC);
-    EXPECT_FALSE(behaviour.LinkPropertyToInterface(free, 1));
-    EXPECT_FALSE(behaviour.LinkPropertyToInterface(free, 2));
-    EXPECT_FALSE(behaviour.LinkPropertyToInterface(free, -1));
+    for (int const position : {1, 2, -1}) {
+        EXPECT_FALSE(behaviour.LinkPropertyToInterface(free, position));
+    }
     EXPECT_FALSE(behaviour.LinkPropertyToVisibleInterface(Property::NIL, 0));
     EXPECT_FALSE(behaviour.LinkPropertyToVisibleInterface(PropertyPtr(nullptr), 0));
     EXPECT_FALSE(behaviour.LinkPropertyToVisibleInterface(free, 1));
-    EXPECT_TRUE(behaviour.linkedProperties[0] == Property::NIL && behaviour.linkedProperties[1] == Property::NIL);
-    std::string const position =
-        "Bug :: Construction :: Parameter \"f\" could not be linked to Behaviour \"B\", because the "
-        "LinkPosition is not valid.";
+    EXPECT_TRUE(behaviour.linkedProperties == std::vector(2, Property::NIL));
+    std::string const link = " :: Construction :: Parameter \"f\" could not be linked to Behaviour \"B\", because the ";
     EXPECT_EQ(log.Take(),
-              (Messages{"Error :: Construction :: Parameter \"f\" could not be linked to Behaviour \"B\", because "
-                        "the PropertyType did not match the interface.",
-                        position, position,
-                        "Error :: Construction :: Property could not be linked to the visible Interface of a "
-                        "Behaviour, because the LinkPosition is not valid."}));
-    EXPECT_TRUE(behaviour.LinkPropertyToVisibleInterface(free, 0));
-    EXPECT_EQ(free.GetCount(), 2);
-    behaviour.ClearBehaviour();
-    EXPECT_EQ(free.GetCount(), 1);
+              (Messages{"Error" + link + "PropertyType did not match the interface.",
+                        "Bug" + link + "LinkPosition is not valid.", "Bug" + link + "LinkPosition is not valid.",
+                        "Error :: Construction :: Property could not be linked to the visible Interface "
+                        "of a Behaviour, because the LinkPosition is not valid."}));
 }
 
 TEST_F(Compiling, AcceptsLinksByOwner) {
@@ -71,6 +64,7 @@ TEST_F(Compiling, AcceptsLinksByOwner) {
     std::string const constant = form + "Member Property linked to Constant Parameter \"e\"";
     std::string const member = form + "Non-Member Property linked to Member Parameter \"e\"";
     std::string const invalid = form + "Parameter \"e\" of the Parameter Interface has an invalid ParameterLinkType";
+    Messages const success{"Success :: Compiler :: Behaviour \"B\" :: Linked Successfully!"};
     auto const broken = static_cast<PropertyOwner>(9);
     struct Row {
         PropertyOwner entry;
@@ -90,15 +84,16 @@ TEST_F(Compiling, AcceptsLinksByOwner) {
         bool const expected = row.error.empty();
         EXPECT_EQ(fresh.PushLinkedParamsToFastParams(), expected);
         EXPECT_EQ(fresh.ReadyToUse(), expected);
-        Messages const messages = expected ? Messages{"Success :: Compiler :: Behaviour \"B\" :: Linked Successfully!"}
-                                           : Messages{row.error, form + "Disabled"};
-        EXPECT_EQ(log.Take(), messages);
+        EXPECT_EQ(log.Take(), expected ? success : (Messages{row.error, form + "Disabled"}));
         Basic_Parameter const& fast = fresh.fastParams[0];
         EXPECT_EQ(fast.dataOffset, row.offset);
         EXPECT_EQ(fast.value, row.value);
         EXPECT_EQ(fast.property, expected ? Of(row.property).Get() : nullptr);
-        if (expected) {
-            EXPECT_EQ(fast.owner, row.entry == FLEXIBLE ? row.property : row.entry);
+        EXPECT_TRUE(!expected || fast.owner == (row.entry == FLEXIBLE ? row.property : row.entry));
+        for (float const change : {10.0f, -10.0f}) { // only pool properties are read again
+            Of(row.property)->value += change;
+            fresh.RefreshConstants();
+            EXPECT_EQ(fast.value, row.value + (expected && row.property == POOL && change > 0 ? change : 0));
         }
     }
 }
@@ -116,6 +111,8 @@ TEST_F(Compiling, ReportsEachEntryUpToTheFirstUnlinkedOne) {
     EXPECT_FALSE(behaviour.PushLinkedParamsToFastParams());
     EXPECT_EQ(log.Take(), (Messages{form + "PropertyType Mismatch", form + "Parameter \"unlinked\" not linked ",
                                     form + "Disabled"}));
+    ofPool->value = 20;
+    behaviour.RefreshConstants();
     EXPECT_EQ(behaviour.fastParams[1].value, 2.0f) << "entries that passed keep what they were given";
     EXPECT_FALSE(behaviour.ReadyToUse());
     behaviour.linkedProperties[0] = behaviour.linkedProperties[2] = behaviour.linkedProperties[3] = ofPool;
@@ -125,58 +122,30 @@ TEST_F(Compiling, ReportsEachEntryUpToTheFirstUnlinkedOne) {
     EXPECT_EQ(behaviour.fastParams[1].property, ofPool.Get());
 }
 
-TEST_F(Compiling, RefreshesPoolConstantsOnly) {
-    for (PropertyOwner const owner : {POOL, FLEXIBLE}) {
-        Declare(behaviour, POOL, VALUE, "e");
-        behaviour.LinkPropertyToInterface(Of(owner), behaviour.GetNumInterfaceLinks() - 1);
-    }
-    behaviour.RefreshConstants(); // does nothing while disabled
-    EXPECT_EQ(behaviour.fastParams[0].value, 0.0f);
-    behaviour.PushLinkedParamsToFastParams();
-    ofPool->value = 20;
-    free->value = 30;
-    EXPECT_EQ(behaviour.ReadPoolValue(0), 2.0f);
-    EXPECT_EQ(behaviour.UsePoolValue(0), 20.0f);
-    behaviour.RefreshConstants();
-    EXPECT_EQ(behaviour.ReadPoolValue(0), 20.0f);
-    EXPECT_EQ(behaviour.ReadPoolValue(1), 3.0f);
-    behaviour.WriteFlexibleValue(0, 5);
-    EXPECT_EQ(behaviour.ReadFlexibleValue(0), 5.0f);
-    EXPECT_EQ(ofPool->value, 20.0f);
-    behaviour.RefreshConstants();
-    EXPECT_EQ(behaviour.ReadFlexibleValue(0), 20.0f);
-    behaviour.UsePoolValue(0) = 6;
-    EXPECT_EQ(ofPool->value, 6.0f);
-}
-
 TEST_F(Compiling, ReadsAndWritesValuesAndVectorsByKind) {
     RefCountPtr<VectorProperty> const vectors[] = {Vector("p", {2, 0, 0}), before, Vector("f", {3, 0, 0})};
     pool.AddPoolProperty(vectors[POOL]);
-    Member const one = pool.GetMemberByIndex(1);
-    struct Row {
-        PropertyOwner kind;
-        float read;
-        float readConst;
-        float readMember; ///< -1: unchanged
-    };
-    for (Row const& row : {Row{POOL, 2, 2, -1}, Row{MEMBER, 1, 0, 1}, Row{FLEXIBLE, 3, 3, -1}}) {
+    Member const one = Behaviour::UseMemberInSelection(pool, 1);
+    // What is read of each kind: anyhow, as a constant, and of members only, where -1 is unchanged.
+    for (auto const& [kind, read, readConst, readMember] :
+         {std::tuple(POOL, 2.0f, 2.0f, -1.0f), {MEMBER, 1, 0, 1}, {FLEXIBLE, 3, 3, -1}}) {
         Behaviour::UseMemberVectorFromProperty(*before, one) = {1, 0, 0};
         TestBehaviour fresh("B");
         fresh.FlexibleValue(0, "e");
         fresh.FlexibleVec3(0, "w");
-        fresh.LinkPropertyToVisibleInterface(Of(row.kind), 0);
-        fresh.LinkPropertyToVisibleInterface(vectors[row.kind], 1);
+        fresh.LinkPropertyToVisibleInterface(Of(kind), 0);
+        fresh.LinkPropertyToVisibleInterface(vectors[kind], 1);
         ASSERT_TRUE(fresh.PushLinkedParamsToFastParams());
         fresh.member = one;
         float out = -1;
         fresh.ReadFlexibleMemberValue(0, out);
         Math::Vec3 outVector(-1, 0, 0);
         fresh.ReadFlexibleMemberVec3(1, outVector);
-        EXPECT_TRUE(out == row.readMember && outVector.x == row.readMember);
-        EXPECT_TRUE(fresh.ReadFlexibleValue(0) == row.read && fresh.ReadFlexibleVec3(1).x == row.read);
-        EXPECT_TRUE(fresh.ReadFlexibleConstValue(0) == row.readConst);
-        EXPECT_TRUE(fresh.ReadFlexibleConstVec3(1).x == row.readConst);
-        EXPECT_EQ(Behaviour::UseMemberInSelection(pool, 1), one);
+        EXPECT_TRUE(out == readMember && outVector.x == readMember);
+        EXPECT_TRUE(fresh.ReadFlexibleValue(0) == read && fresh.ReadFlexibleVec3(1).x == read);
+        EXPECT_TRUE(fresh.ReadFlexibleConstValue(0) == readConst);
+        EXPECT_TRUE(fresh.ReadFlexibleConstVec3(1).x == readConst);
+        EXPECT_TRUE(kind != POOL || (fresh.ReadPoolValue(0) == 2 && &fresh.UsePoolValue(0) == &ofPool->value));
         fresh.WriteFlexibleValue(0, 9);
         fresh.WriteFlexibleVec3(1, {9, 0, 0});
         EXPECT_TRUE(fresh.ReadFlexibleValue(0) == 9 && fresh.ReadFlexibleVec3(1).x == 9);
@@ -189,15 +158,11 @@ TEST_F(Compiling, ReadsAndWritesValuesAndVectorsByKind) {
 
 TEST_F(Compiling, GivesSelectionsAndUserDataByKind) {
     pool.InitializeMemberPool();
-    int userData = 0;
-    void* pointer = &userData;
+    void* pointer = &pool;
     RefCountPtr<MemberSelectionProperty> const selections[] = {RefCountPtr<MemberSelectionProperty>(), {}, {}};
     PropertyPtr const references[] = {new DataReferenceProperty, new DataReferenceProperty, new DataReferenceProperty};
     for (PropertyPtr const& reference : references) {
         reference->SetPoolData(&pointer);
-    }
-    for (auto const* const list : {&selections[0], &selections[1]}) {
-        (*list)->SetName(std::to_string(list - selections));
     }
     pool.AddPoolProperty(selections[POOL]);
     pool.AddMemberProperty(selections[MEMBER]);
@@ -213,6 +178,7 @@ TEST_F(Compiling, GivesSelectionsAndUserDataByKind) {
         ASSERT_TRUE(fresh.PushLinkedParamsToFastParams());
         fresh.member = pool.GetMemberByIndex(1);
         EXPECT_EQ(&fresh.UseFlexibleMemberSelection(0), selections[kind]->GetMemberSelection(pool, 1));
+        EXPECT_TRUE(kind != MEMBER || &fresh.UseMemberMemberSelection(0) == &fresh.UseFlexibleMemberSelection(0));
         EXPECT_EQ(fresh.ReadFlexibleUserData(1), references[kind]->GetDataFromMemberSelection(pool, 1));
         if (kind == MEMBER) {
             EXPECT_EQ(fresh.UseFlexibleConstMemberSelection(0).GetBasePool(), nullptr) << "no active member";
@@ -222,30 +188,6 @@ TEST_F(Compiling, GivesSelectionsAndUserDataByKind) {
         EXPECT_EQ(&fresh.UseFlexibleConstMemberSelection(0), selections[kind]->GetMemberSelection(pool, 0));
         EXPECT_EQ(fresh.ReadFlexibleConstUserData(1), pointer);
     }
-    TestBehaviour ofMember;
-    ofMember.MemberMemberSelection(0, "s", VISIBLE);
-    ofMember.LinkPropertyToVisibleInterface(selections[MEMBER], 0);
-    ofMember.PushLinkedParamsToFastParams();
-    ofMember.member = pool.GetMemberByIndex(1);
-    EXPECT_EQ(&ofMember.UseMemberMemberSelection(0), selections[MEMBER]->GetMemberSelection(pool, 1));
-}
-
-TEST_F(Compiling, ReachesTheActiveMemberOfAnotherPool) {
-    Pool other("Other");
-    RefCountPtr<TestBehaviour> const reader(new TestBehaviour("Reader"));
-    reader->FlexibleValue(0, "e");
-    other.AddMemberProperty(Value("small"));
-    other.LinkActiveBehaviour(reader);
-    reader->LinkPropertyToVisibleInterface(ofMembers, 0);
-    other.CompileMemberPool();
-    other.SetMemberCount(1);
-    reader->member = other.GetMemberByIndex(0);
-    EXPECT_EQ(reader->ReadFlexibleValue(0), 0.0f) << "that pool has no active member";
-    reader->WriteFlexibleValue(0, 5);
-    pool.ActivateMember(1);
-    EXPECT_EQ(reader->ReadFlexibleValue(0), 1.0f);
-    reader->WriteFlexibleValue(0, 5);
-    EXPECT_EQ(Datum::Read<float>(ofMembers->GetDataFromMemberSelection(pool, 1)), 5.0f);
 }
 
 TEST_F(Compiling, LooksPropertiesUpByName) {
@@ -270,29 +212,24 @@ TEST_F(Compiling, LooksPropertiesUpByName) {
 
 // Execution.
 
-TEST(Execution, RunsOverTheMembersItFound) {
-    Pool pool;
-    pool.AddMemberProperty(Value("v"));
+TEST_F(Compiling, IsNeededToRunOverMembers) {
     pool.SetMemberCount(3);
-    TestBehaviour behaviour;
     std::vector<Member> members = pool.GetAllMembers();
     Member current;
     behaviour.ProcessMembers(members, current);
     EXPECT_FALSE(current.IsValid()) << "not ready";
     behaviour.PushLinkedParamsToFastParams();
-    behaviour.work = [&](TestBehaviour&) {
-        members.push_back(members[0]);
-        return false;
-    };
-    behaviour.ProcessMembers(members, current);
-    EXPECT_EQ(behaviour.TakeCalls().size(), 3u);
-    EXPECT_EQ(current, pool.GetMemberByIndex(2));
-    behaviour.work = [&](TestBehaviour&) {
-        members.resize(2);
-        return false;
-    };
-    behaviour.ProcessMembers(members, current);
-    EXPECT_EQ(behaviour.TakeCalls().size(), 2u);
+    for (std::size_t const size : {4, 2}) { // a member that comes meanwhile is not visited, one that goes neither
+        behaviour.work = [&](TestBehaviour&) {
+            members.resize(size);
+            return false;
+        };
+        behaviour.ProcessMembers(members, current);
+        EXPECT_EQ(behaviour.TakeCalls().size(), std::min<std::size_t>(size, 3));
+        EXPECT_EQ(current, pool.GetMemberByIndex(size > 3 ? 2 : 1));
+        members = pool.GetAllMembers();
+    }
+    behaviour.work = nullptr;
     behaviour.ProcessSingleMember(members[0], current);
     EXPECT_EQ(current, members[0]);
 }

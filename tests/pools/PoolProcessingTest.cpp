@@ -13,36 +13,16 @@ using namespace Support;
 using Util::RefCountPtr;
 using Calls = std::vector<std::string>;
 
-/// Records the members it is given instead of working through them.
-class Overriding : public TestBehaviour {
-public:
-    using TestBehaviour::TestBehaviour;
-    void ProcessMembers(std::vector<Member>& members, Member& newCurrent) override {
-        calls.push_back("process " + std::to_string(members.size()));
-        seen = members;
-        current = &newCurrent;
-    }
-    std::vector<Member> seen;
-    Member* current = nullptr;
+/// A property in no pool that tells its behaviour when it is updated.
+struct Updating : ValueProperty {
+    explicit Updating(TestBehaviour& newBehaviour) : behaviour(newBehaviour) {}
+    void Update() override { behaviour.calls.emplace_back("update"); }
+    TestBehaviour& behaviour;
 };
 
-/// A property in no pool that tells when it is updated.
-class Updating : public ValueProperty {
-public:
-    explicit Updating(TestBehaviour* newBehaviour) : behaviour(newBehaviour) {}
-    void Update() override { behaviour->calls.emplace_back("update"); }
-
-private:
-    TestBehaviour* behaviour;
-};
-
-class Processing : public testing::Test {
-protected:
+struct Processing : testing::Test {
     Processing() {
         pool.AddMemberProperty(Value("v"));
-        behaviour->FlexibleValue(0, "free");
-        PropertyPtr const updating(new Updating(behaviour.Get()));
-        behaviour->LinkPropertyToVisibleInterface(updating, 0);
         pool.SetMemberCount(5);
     }
     void Compile() {
@@ -53,175 +33,87 @@ protected:
     MessageLog log;
     Pool pool;
     Pool other{"Other"};
-    RefCountPtr<Overriding> behaviour{new Overriding("B")};
 };
 
-TEST_F(Processing, RunsActiveBehavioursOverAllMembers) {
-    RefCountPtr<Overriding> const unready(new Overriding("Unready"));
-    unready->FlexibleValue(0, "unlinked");
+TEST_F(Processing, RunsBehavioursEachFrameAndOnDemand) {
+    RefCountPtr<TestBehaviour> const unready(new TestBehaviour("Unready"));
+    RefCountPtr<TestBehaviour> const active(new TestBehaviour("A"));
+    RefCountPtr<TestBehaviour> const passive(new TestBehaviour("P"));
+    for (RefCountPtr<TestBehaviour> const& each : {unready, active, passive}) {
+        each->FlexibleValue(0, "free");
+        each->LinkPropertyToVisibleInterface(each == unready ? Property::NIL : new Updating(*each), 0);
+    }
     pool.LinkActiveBehaviour(unready);
-    pool.LinkActiveBehaviour(behaviour);
+    pool.LinkActiveBehaviour(active);
+    pool.LinkPassiveBehaviour(passive);
+    active->UpdateProperties();
+    EXPECT_TRUE(active->calls.empty()) << "not ready";
     Compile();
+    MemberSelection selection(&pool);
+    selection.AddMember(pool, pool.GetMemberByIndex(4));
+    BehaviourPtr const asBehaviour(passive);
+    Calls const all{"check", "update", "trigger", "trigger", "trigger", "trigger", "trigger"};
     pool.ProcessMemberPool();
-    EXPECT_EQ(unready->TakeCalls(), Calls{"check"});
-    EXPECT_EQ(behaviour->TakeCalls(), (Calls{"check", "update", "process 5"}));
-    EXPECT_EQ(behaviour->seen, pool.GetAllMembers());
-    EXPECT_EQ(behaviour->current, &pool.ActiveMember());
-}
-
-TEST_F(Processing, RunsOneMemberOnRequest) {
-    pool.LinkActiveBehaviour(behaviour);
-    Compile();
-    pool.SetSingleMemberUpdateIndex(3);
-    pool.ProcessMemberPool();
-    EXPECT_EQ(behaviour->TakeCalls(), (Calls{"check", "update", "process 1"}));
-    EXPECT_EQ(behaviour->seen, std::vector<Member>{pool.GetMemberByIndex(3)});
+    EXPECT_EQ(active->TakeCalls(), all);
     pool.SetSingleMemberUpdateIndex(5);
     pool.ProcessMemberPool();
-    EXPECT_EQ(behaviour->TakeCalls(), (Calls{"check", "update"}));
-    pool.SetSingleMemberUpdateIndex(-1);
-    pool.ProcessMemberPool();
-    EXPECT_EQ(behaviour->TakeCalls().back(), "process 5");
-}
-
-TEST_F(Processing, WritesTheTimeSinceTheLastFrame) {
-    FakeCounter counter;
-    Pool timed("Timed");
-    auto const elapsed = Value("TimeElapsed", -7);
-    timed.CompileMemberPool();
-    counter.now += 400;
-    timed.ProcessMemberPool(); // without the property the lap is not read
-    timed.AddPoolProperty(elapsed);
-    struct Row {
-        std::int64_t wait;
-        float expected;
-    };
-    for (Row const& row : {Row{100, 0.5f}, Row{16, 0.016f}, Row{2500, 1.0f}, Row{999, 0.999f}, Row{0, 0.0f}}) {
-        counter.now += row.wait;
-        timed.ProcessMemberPool();
-        EXPECT_FLOAT_EQ(Datum::Read<float>(elapsed->GetData()), row.expected);
-    }
-    counter.countsPerSecond = 0;
-    timed.ProcessMemberPool();
-    EXPECT_FLOAT_EQ(elapsed->value, -1.0f);
-}
-
-TEST_F(Processing, BuildsAPoolOnDemandUnlessItsConstructionFailed) {
-    RefCountPtr<Overriding> const reserving(new Overriding("Reserving"));
-    reserving->MemberValue(0, "reserved", SHARED_INTRINSIC, 0);
-    bool clash = true;
-    Constructor const constructor([&](MemberPool& built) {
-        if (&built == &other) {
-            if (clash) {
-                built.AddMemberProperty(Value("reserved"));
-            }
-            built.LinkActiveBehaviour(reserving);
-        }
-    });
-    other.ProcessMemberPool();
-    EXPECT_EQ(log.Take().back(), "Building \"Other\" completed");
-    EXPECT_TRUE(reserving->TakeCalls().empty());
-    other.ProcessMemberPool();
-    EXPECT_TRUE(log.Take().empty());
-    clash = false;
-    MainContext().ForceReconstructAllMemberPools();
-    other.ProcessMemberPool();
-    EXPECT_EQ(reserving->TakeCalls(), (Calls{"check", "process 0"}));
-}
-
-TEST_F(Processing, RunsOneBehaviourOnDemand) {
-    pool.LinkPassiveBehaviour(behaviour);
-    Compile();
-    Util::RefCountPtr<Behaviour> const asBehaviour(behaviour);
-    pool.ActivateMember(2);
-    Member const active = pool.ActiveMember();
+    EXPECT_EQ(active->TakeCalls(), (Calls{"check", "update"}));
+    EXPECT_EQ(unready->TakeCalls(), Calls(2, "check"));
+    EXPECT_TRUE(passive->calls.empty());
     pool.ApplyPassiveBehaviour(asBehaviour);
-    EXPECT_EQ(behaviour->TakeCalls(), (Calls{"check", "update", "process 5"}));
-    pool.ApplyPassiveBehaviourOnActiveMember(asBehaviour);
-    EXPECT_EQ(behaviour->TakeCalls(), (Calls{"check", "process 1"}));
-    EXPECT_EQ(behaviour->seen, std::vector<Member>{active});
-    pool.ClearActiveMember();
-    pool.ApplyPassiveBehaviourOnActiveMember(*behaviour);
-    EXPECT_EQ(behaviour->seen, std::vector<Member>{Member::NIL});
-    MemberSelection selection(&pool);
-    selection.AddMember(pool, active);
-    behaviour->TakeCalls();
+    EXPECT_EQ(passive->TakeCalls(), all);
+    pool.ApplyPassiveBehaviourOnActiveMember(*passive);
+    EXPECT_EQ(passive->TakeCalls(), (Calls{"check", "trigger"}));
     pool.ApplyBehaviourOnMemberSelection(asBehaviour, selection);
-    EXPECT_EQ(behaviour->TakeCalls(), (Calls{"check", "update", "process 1"}));
-    EXPECT_EQ(behaviour->current, &pool.ActiveMember()) << "the pool's slot, not the selection's";
-    pool.ProcessMemberPool();
-    EXPECT_TRUE(behaviour->TakeCalls().empty()) << "passive behaviours wait";
+    EXPECT_EQ(passive->TakeCalls(), (Calls{"check", "update", "trigger"}));
     EXPECT_TRUE(log.Take().empty());
 
     MemberSelection foreign(&other);
-    other.ApplyPassiveBehaviour(asBehaviour);
-    other.ApplyPassiveBehaviourOnActiveMember(asBehaviour);
-    other.ApplyBehaviourOnMemberSelection(asBehaviour, foreign);
-    pool.ApplyBehaviourOnMemberSelection(asBehaviour, foreign);
-    std::string const passive =
-        "Error :: PoolProcessing :: The PassiveBehaviour \"B\" can not be used for the Pool \"Other\", "
-        "because he does not own that behaviour";
-    EXPECT_EQ(log.Take(),
-              (Messages{passive, passive,
-                        "Error :: PoolProcessing :: The Behaviour \"B\" can not be used for the Pool \"Other\", "
-                        "because he does not own that behaviour",
-                        "Error :: PoolProcessing :: The Behaviour \"B\" can not be used. The Behaviour belongs to "
-                        "the Pool \"Pool\", but the MemberSelection it should be applied on does not use that "
-                        "BasePool"}));
-    EXPECT_TRUE(behaviour->TakeCalls().empty());
-    Util::RefCountPtr<Behaviour> const none(nullptr);
-    pool.ApplyPassiveBehaviour(none);
-    pool.ApplyPassiveBehaviourOnActiveMember(none);
-    pool.ApplyBehaviourOnMemberSelection(none, selection);
+    BehaviourPtr const none(nullptr);
+    for (BehaviourPtr const& refused : {asBehaviour, none}) {
+        other.ApplyPassiveBehaviour(refused);
+        other.ApplyPassiveBehaviourOnActiveMember(refused);
+        other.ApplyBehaviourOnMemberSelection(refused, foreign);
+        pool.ApplyBehaviourOnMemberSelection(refused, foreign);
+    }
     pool.LinkActiveBehaviour(none);
     pool.LinkMemberConstructionBehaviour(none);
+    std::string const start = "Error :: PoolProcessing :: The ";
+    std::string const rest =
+        "Behaviour \"P\" can not be used for the Pool \"Other\", because he does not own that behaviour";
+    EXPECT_EQ(log.Take(),
+              (Messages{start + "Passive" + rest, start + "Passive" + rest, start + rest,
+                        start + "Behaviour \"P\" can not be used. The Behaviour belongs to the Pool \"Pool\", but the "
+                                "MemberSelection it should be applied on does not use that BasePool"}));
+    EXPECT_TRUE(passive->calls.empty());
 }
 
-TEST_F(Processing, TriggersABehaviourThroughAProperty) {
+TEST_F(Processing, TriggersABehaviourUnlessItTakesTheTriggerForItself) {
     RefCountPtr<TestBehaviour> const live(new TestBehaviour("Live"));
-    BehaviourProperty trigger("Trigger");
-    trigger.TriggerBehaviour();
-    trigger.SetBehaviour(live.Get());
-    trigger.TriggerBehaviour(); // of no pool
-    live->TakeCalls();
     pool.LinkPassiveBehaviour(live);
     Compile();
-    trigger.TriggerBehaviour();
-    EXPECT_EQ(live->TakeCalls(), (Calls{"trigger", "check", "trigger", "trigger", "trigger", "trigger", "trigger"}));
-    EXPECT_FALSE(pool.IsActiveMemberValid());
-    pool.ActivateMember(1);
-    trigger.TriggerBehaviour();
-    EXPECT_EQ(live->TakeCalls(), (Calls{"trigger", "check", "trigger"}));
-    EXPECT_TRUE(pool.IsActiveMemberValid());
-    live->work = [](TestBehaviour&) { return true; };
-    trigger.TriggerBehaviour();
-    EXPECT_EQ(live->TakeCalls(), Calls{"trigger"});
     TestBehaviour caller;
     caller.FlexibleBehaviourTrigger(0, "t");
-    PropertyPtr const property(new BehaviourProperty(trigger));
-    caller.LinkPropertyToVisibleInterface(property, 0);
+    BehaviourProperty original("Trigger");
+    original.TriggerBehaviour(); // of nothing
+    original.SetBehaviour(live.Get());
+    RefCountPtr<BehaviourProperty> const trigger(new BehaviourProperty(original));
+    caller.LinkPropertyToVisibleInterface(trigger, 0);
     caller.PushLinkedParamsToFastParams();
     caller.TriggerFlexibleBehaviour(0);
+    EXPECT_EQ(live->TakeCalls(), (Calls{"trigger", "check", "trigger", "trigger", "trigger", "trigger", "trigger"}));
+    live->work = [](TestBehaviour&) { return true; };
+    original.TriggerBehaviour();
     EXPECT_EQ(live->TakeCalls(), Calls{"trigger"});
-}
-
-TEST_F(Processing, TriggersOneBehaviourThoughTheTriggerChangesTheProperty) {
-    RefCountPtr<TestBehaviour> const live(new TestBehaviour("Live"));
-    TestBehaviour caller;
-    caller.FlexibleBehaviourTrigger(0, "t");
-    auto* const trigger = new BehaviourProperty;
-    PropertyPtr property(trigger);
-    trigger->SetBehaviour(live.Get());
-    caller.LinkPropertyToVisibleInterface(property, 0);
-    caller.PushLinkedParamsToFastParams();
-    property = Property::NIL;
+    pool.InitializeMemberPool();
     live->work = [&](TestBehaviour&) {
         trigger->SetBehaviour(nullptr);
         caller.ClearLinkedParameters();
+        EXPECT_EQ(trigger.GetCount(), 2) << "held while it triggers";
         return false;
     };
     caller.TriggerFlexibleBehaviour(0);
-    EXPECT_EQ(live->TakeCalls(), Calls{"trigger"});
+    EXPECT_EQ(live->TakeCalls(), Calls{"trigger"}) << "of no pool";
 }
 
 TEST_F(Processing, EndsAWalkWhoseMembersWereRebuilt) {
@@ -230,168 +122,66 @@ TEST_F(Processing, EndsAWalkWhoseMembersWereRebuilt) {
     rebuilding->MemberValue(0, "x", SHARED_INTRINSIC, 0);
     bool isFirst = true;
     Constructor const constructor([&](MemberPool& built) {
+        if (&built == &pool && isFirst) {
+            built.AddMemberProperty(Vector("large"));
+        }
         if (&built == &pool) {
-            if (isFirst) {
-                built.AddMemberProperty(Vector("large"));
-            }
             built.LinkActiveBehaviour(rebuilding);
         }
     });
+    auto const rebuild = [&] {
+        MainContext().ForceReconstructAllMemberPools();
+        pool.SetMemberCount(5);
+        pool.GetAllMembers();
+    };
     rebuilding->work = [&](TestBehaviour& self) {
         if (std::exchange(isFirst, false)) {
-            MainContext().ForceReconstructAllMemberPools();
-            pool.SetMemberCount(5);
-            pool.GetAllMembers();
+            rebuild();
         } else {
             self.UseMemberValue(0) = 1;
         }
         return true;
     };
-    pool.InitializeMemberPool();
-    MainContext().ForceReconstructAllMemberPools();
-    pool.SetMemberCount(5);
-    rebuilding->TakeCalls();
+    rebuild();
     pool.ProcessMemberPool();
     EXPECT_EQ(rebuilding->TakeCalls(), (Calls{"check", "trigger"}));
     pool.ProcessMemberPool();
     EXPECT_EQ(rebuilding->TakeCalls().size(), 6u);
 }
 
-TEST_F(Processing, KeepsABehaviourWithAClearedInterfaceAwayFromForeignRecords) {
-    RefCountPtr<TestBehaviour> const shared(new TestBehaviour("Shared"));
-    other.AddMemberProperty(Vector("w"));
-    shared->MemberValue(0, "x", SHARED_INTRINSIC, 0);
-    other.LinkMemberConstructionBehaviour(shared);
-    other.CompileMemberPool();
-    pool.LinkMemberConstructionBehaviour(shared);
-    shared->ClearParameterInterface();
-    shared->TakeCalls();
-    pool.AddNewMember();
-    EXPECT_EQ(shared->TakeCalls(), Calls{"check"});
-}
-
-TEST_F(Processing, RestoresTheActiveMemberWhenAConstructionBehaviourThrows) {
-    RefCountPtr<TestBehaviour> const throwing(new TestBehaviour("Throwing"));
-    throwing->work = [](TestBehaviour&) -> bool { throw 1; };
-    pool.LinkMemberConstructionBehaviour(throwing);
-    Compile();
-    pool.ActivateMember(1);
-    Member const active = pool.ActiveMember();
-    EXPECT_THROW(pool.AddNewMember(), int);
-    EXPECT_EQ(pool.ActiveMember(), active);
-    EXPECT_EQ(pool.GetNumMembers(), 5);
-}
-
-TEST_F(Processing, RunsConstructionBehavioursOnNewMembers) {
-    RefCountPtr<TestBehaviour> const placing(new TestBehaviour("Placing"));
-    placing->MemberValue(0, "v", VISIBLE, 0);
-    PropertyPtr const value = pool.GetPropertyFromName("v");
-    placing->LinkPropertyToVisibleInterface(value, 0);
-    placing->work = [&](TestBehaviour& self) {
-        self.member = pool.ActiveMember();
-        self.UseMemberValue(0) = 42;
-        return true;
-    };
-    pool.LinkMemberConstructionBehaviour(placing);
-    pool.AddNewMember();
-    EXPECT_EQ(placing->TakeCalls(), Calls{"check"}) << "not compiled yet";
-    Compile();
-    pool.ActivateMember(1);
-    Member const active = pool.ActiveMember();
-    pool.AddNewMember();
-    EXPECT_EQ(placing->TakeCalls(), (Calls{"check", "trigger"}));
-    EXPECT_EQ(pool.ActiveMember(), active);
-    EXPECT_EQ(Datum::Read<float>(value->GetDataFromMemberSelection(pool, 6)), 42.0f);
-    EXPECT_EQ(Datum::Read<float>(value->GetDataFromMemberSelection(pool, 5)), 0.0f);
-    EXPECT_EQ(placing->GetOwnerPool(), nullptr);
-}
-
-TEST_F(Processing, RunsPoolConstructionBehavioursOncePerPass) {
-    RefCountPtr<Overriding> const builder(new Overriding("Builder"));
-    Constructor const constructor([&](MemberPool& built) {
-        if (&built == &pool) {
-            built.LinkPoolConstructionBehaviour(builder);
-            built.LinkPoolConstructionBehaviour(builder);
-        }
-    });
-    MainContext().ForceConstructAllMemberPools();
-    EXPECT_EQ(builder->TakeCalls(), (Calls{"process 1", "process 1"}));
-    EXPECT_EQ(builder->seen, std::vector<Member>{Member::NIL});
-    EXPECT_EQ(pool.GetAllBehaviours().size(), 2u);
-    EXPECT_TRUE(pool.GetBehaviourByName("Builder") == RefCountPtr<Behaviour>(builder));
-    MainContext().ForceReconstructAllMemberPools();
-    EXPECT_EQ(builder->TakeCalls().size(), 2u);
-}
-
 TEST_F(Processing, KeepsBehavioursAwayFromMembersThatTheyDoNotFit) {
-    // Linked to the second pool's layout, active in the first.
+    // Linked to the second pool's layout, used in the first; one of them has forgotten that.
     other.AddMemberProperty(Vector("w"));
-    auto const far = Value("far");
-    other.AddMemberProperty(far);
     RefCountPtr<TestBehaviour> const astray(new TestBehaviour("Astray"));
-    astray->MemberValue(0, "far", VISIBLE, 0);
-    astray->LinkPropertyToVisibleInterface(far, 0);
-    astray->work = [](TestBehaviour& self) {
-        self.UseMemberValue(0) = 1;
-        return true;
-    };
-    pool.LinkActiveBehaviour(astray);
-    pool.LinkMemberConstructionBehaviour(astray);
+    RefCountPtr<TestBehaviour> const cleared(new TestBehaviour("Cleared"));
+    for (RefCountPtr<TestBehaviour> const& each : {astray, cleared}) {
+        each->MemberValue(0, "far", SHARED_INTRINSIC, 0);
+        other.LinkMemberConstructionBehaviour(each);
+        pool.LinkMemberConstructionBehaviour(each);
+    }
     Compile();
-    EXPECT_TRUE(astray->ReadyToUse());
+    cleared->ClearParameterInterface();
+    pool.LinkActiveBehaviour(astray);
     pool.ProcessMemberPool();
     pool.AddNewMember();
-    EXPECT_EQ(astray->TakeCalls(), (Calls{"check", "check"}));
-    EXPECT_EQ(log.Take(),
-              Messages{"Error :: PoolProcessing :: The Behaviour \"Astray\" can not be used for the Pool \"Pool\", "
-                       "because its Member Properties do not fit the Members"});
-
-    // Ready from an earlier layout, and linked again without a compile.
-    pool.InitializeMemberPool();
-    EXPECT_TRUE(astray->ReadyToUse());
-    pool.AddMemberProperty(Value("v"));
-    pool.SetMemberCount(2);
-    pool.LinkPassiveBehaviour(astray);
-    pool.ApplyPassiveBehaviour(*astray);
-    EXPECT_EQ(astray->TakeCalls(), Calls{"check"});
-}
-
-TEST_F(Processing, ServesSeveralPoolsByOneConstructionBehaviourWhereItFits) {
-    RefCountPtr<TestBehaviour> const shared(new TestBehaviour("Shared"));
-    shared->MemberValue(0, "mark", SHARED_INTRINSIC, 3);
-    shared->work = [](TestBehaviour&) { return true; };
-    for (bool const otherFirst : {false, true}) {
-        pool.InitializeMemberPool();
-        other.InitializeMemberPool();
-        Pool& first = otherFirst ? other : pool;
-        Pool& second = otherFirst ? pool : other;
-        first.AddMemberProperty(Vector("w"));
-        first.LinkMemberConstructionBehaviour(shared);
-        second.LinkMemberConstructionBehaviour(shared);
-        EXPECT_EQ(shared->GetOwnerPool(), nullptr);
-        EXPECT_EQ(first.GetAllMemberProperties().size(), 2u) << "a link to an earlier layout was dropped";
-        EXPECT_EQ(second.GetAllMemberProperties().size(), 0u) << "already linked";
-        second.AddMemberProperty(Value("v"));
-        second.CompileMemberPool();
-        first.CompileMemberPool();
-        shared->TakeCalls();
-        second.AddNewMember();
-        EXPECT_EQ(shared->TakeCalls(), Calls{"check"});
-        first.AddNewMember();
-        EXPECT_EQ(shared->TakeCalls(), (Calls{"check", "trigger"}));
-    }
+    pool.AddNewMember();
+    EXPECT_EQ(astray->TakeCalls(), Calls(3, "check"));
+    EXPECT_EQ(cleared->TakeCalls(), Calls(2, "check"));
+    std::string const start = "Error :: PoolProcessing :: The Behaviour \"";
+    std::string const rest =
+        "\" can not be used for the Pool \"Pool\", because its Member Properties do not fit the Members";
+    EXPECT_EQ(log.Take(), (Messages{start + "Astray" + rest, start + "Cleared" + rest})) << "once";
 }
 
 TEST_F(Processing, SurvivesBehavioursThatChangeThePool) {
     RefCountPtr<TestBehaviour> const busy(new TestBehaviour("Busy"));
-    RefCountPtr<Overriding> const late(new Overriding("Late"));
+    RefCountPtr<TestBehaviour> const late(new TestBehaviour("Late"));
     late->PushLinkedParamsToFastParams();
-    int triggers = 0;
-    busy->work = [&](TestBehaviour&) {
-        if (++triggers == 1) {
+    busy->work = [&](TestBehaviour& self) {
+        if (self.calls == Calls{"check", "trigger"}) {
             pool.LinkActiveBehaviour(late);
             pool.SetMemberCount(50);
-        } else if (triggers == 3) {
+        } else if (self.calls.size() == 4) {
             pool.SetMemberCount(2);
             pool.GetAllMembers();
         }
@@ -400,49 +190,45 @@ TEST_F(Processing, SurvivesBehavioursThatChangeThePool) {
     pool.LinkActiveBehaviour(busy);
     Compile();
     pool.ProcessMemberPool();
-    EXPECT_EQ(triggers, 3) << "the walk ends where the vector ends";
-    EXPECT_EQ(late->TakeCalls(), (Calls{"check", "process 2"})) << "linked meanwhile, run in the same frame";
+    EXPECT_EQ(busy->calls.size(), 4u) << "the walk ends where the vector ends";
+    EXPECT_EQ(late->TakeCalls(), (Calls{"check", "trigger", "trigger"})) << "linked meanwhile, run in the same frame";
 
-    // A behaviour that rebuilds the pool loses its place in it while it runs.
-    BehaviourPtr suicidal(new TestBehaviour("Suicidal"));
-    static_cast<TestBehaviour&>(*suicidal).work = [&](TestBehaviour& self) {
+    RefCountPtr<TestBehaviour> const rebuilding(new TestBehaviour("Rebuilding"));
+    rebuilding->work = [&](TestBehaviour&) {
         MainContext().ForceReconstructAllMemberPools();
-        return self.GetOwnerPool() == nullptr;
+        EXPECT_EQ(rebuilding.GetCount(), 2) << "the pool holds a behaviour while it runs";
+        return true;
     };
-    pool.InitializeMemberPool();
-    pool.AddMemberProperty(Value("v"));
-    pool.SetMemberCount(3);
-    pool.LinkActiveBehaviour(suicidal);
-    pool.CompileMemberPool();
-    suicidal = Behaviour::NIL;
+    pool.LinkActiveBehaviour(rebuilding);
+    Compile();
     pool.ProcessMemberPool();
     EXPECT_EQ(pool.GetNumMembers(), 0);
 }
 
-TEST_F(Processing, GivesNoRecordTwiceWhenAMemberIsDeletedDuringItsConstruction) {
-    RefCountPtr<TestBehaviour> const replacing(new TestBehaviour("Replacing"));
+TEST_F(Processing, SurvivesMeddlingConstructionBehaviours) {
+    RefCountPtr<TestBehaviour> const meddling(new TestBehaviour("Meddling"));
+    pool.LinkMemberConstructionBehaviour(meddling);
+    Compile();
+    pool.ActivateMember(1);
+    Member const active = pool.ActiveMember();
+    meddling->work = [](TestBehaviour&) -> bool { throw 1; };
+    EXPECT_THROW(pool.AddNewMember(), int);
+    EXPECT_EQ(pool.ActiveMember(), active);
+    EXPECT_EQ(pool.GetNumMembers(), 5);
     bool isFirst = true;
-    replacing->work = [&](TestBehaviour&) {
+    meddling->work = [&](TestBehaviour&) {
         if (std::exchange(isFirst, false)) {
             pool.DeleteMember(pool.ActiveMember());
             pool.AddNewMember();
         }
         return true;
     };
-    pool.LinkMemberConstructionBehaviour(replacing);
-    Compile();
     pool.AddNewMember();
-    EXPECT_EQ(pool.GetNumMembers(), 6) << "the one that took its place";
-}
-
-TEST_F(Processing, SurvivesAConstructionBehaviourThatClearsThePool) {
-    RefCountPtr<TestBehaviour> const clearing(new TestBehaviour("Clearing"));
-    clearing->work = [&](TestBehaviour&) {
+    EXPECT_EQ(pool.GetNumMembers(), 6) << "only the one that took the deleted one's place";
+    meddling->work = [&](TestBehaviour&) {
         pool.InitializeMemberPool();
         return true;
     };
-    pool.LinkMemberConstructionBehaviour(clearing);
-    Compile();
     pool.AddNewMember();
     EXPECT_EQ(pool.GetNumMembers(), 0) << "the new member went with the others";
 }
@@ -455,20 +241,23 @@ TEST_F(Processing, MeasuresPoolAndBehaviours) {
         counter.now += 10;
         return true;
     };
+    auto const elapsed = Value("TimeElapsed");
+    pool.AddPoolProperty(elapsed);
     pool.LinkActiveBehaviour(slow);
-    pool.LinkMemberConstructionBehaviour(behaviour);
     Compile();
     pool.ProcessMemberPool();
     pool.ProcessMemberPool();
     pool.SetSingleMemberUpdateIndex(99);
     pool.ProcessMemberPool();
     MainContext().GetPerformanceProfiler().StopSession();
-    EXPECT_EQ(slow->GetPerformaceStats().GetSampleCount(), 3u);
-    EXPECT_NEAR(slow->GetPerformaceStats().GetMaxProcessingTime(), 0.05, 1e-9);
-    EXPECT_NEAR(slow->GetPerformaceStats().GetMinProcessingTime(), 0.0, 1e-9);
-    EXPECT_EQ(pool.GetPerformaceStats().GetSampleCount(), 3u);
-    EXPECT_NEAR(pool.GetPerformaceStats().GetMaxProcessingTime(), 0.05, 1e-9);
-    EXPECT_EQ(behaviour->GetPerformaceStats().GetSampleCount(), 0u);
+    for (PerformanceStatistics const& stats : {slow->GetPerformaceStats(), pool.GetPerformaceStats()}) {
+        EXPECT_EQ(stats.GetSampleCount(), 3u);
+        EXPECT_NEAR(stats.GetMaxProcessingTime(), 0.05, 1e-9);
+        EXPECT_NEAR(stats.GetMinProcessingTime(), 0.0, 1e-9);
+    }
+    counter.countsPerSecond = 0;
+    pool.ProcessMemberPool();
+    EXPECT_EQ(elapsed->value, -1.0f) << "no clock";
 }
 
 } // namespace

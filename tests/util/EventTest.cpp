@@ -5,10 +5,12 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <functional>
 #include <list>
 #include <map>
 #include <memory>
+#include <optional>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -16,6 +18,7 @@
 
 namespace {
 
+using Gentra::GlobalEventManager;
 using Util::Event;
 using Util::EventManager;
 using Util::EventType;
@@ -24,93 +27,89 @@ EventType const ROOT("Family");
 EventType const SUB(ROOT, "First", 0);
 EventType const OTHER_SUB(ROOT, "Second", 1);
 
-class Recorder final : public Util::EventListener {
-public:
-    Recorder(std::string& newLog, char newMark) : EventListener("Recorder"), log(newLog), mark(newMark) {}
-    void HandleEvent(Event const& event) override {
-        log += mark;
-        if (action) {
-            action(event);
-        }
-    }
+struct Recorder final : Util::EventListener {
+    explicit Recorder(std::function<void()> newHandler) : EventListener("Recorder"), handler(std::move(newHandler)) {}
+    void HandleEvent(Event const&) override { handler(); }
     using EventListener::registrations;
-
-    std::function<void(Event const&)> action;
-
-private:
-    std::string& log;
-    char mark;
+    std::function<void()> handler;
 };
 
-class EventBus : public testing::Test {
-protected:
-    void Trigger(EventType const& type) { manager.Trigger(Event(type, 0, 0, nullptr)); }
-    std::string TakeLog() { return std::exchange(log, {}); }
-
+struct EventBus : testing::Test {
     std::string log;
-    EventManager manager{"Test"};
-    Recorder a{log, 'a'};
-    Recorder b{log, 'b'};
+    std::optional<EventManager> manager{std::in_place, "Test"};
+    std::optional<Recorder> a{[this] { log += 'a'; }};
+    Recorder b{[this] { log += 'b'; }};
+    Event const event{SUB, 1, 2, nullptr};
 };
 
-TEST_F(EventBus, ComparesTypesByHashAndSubIndexOnly) {
+TEST_F(EventBus, KeepsOneTypePerHashAndSubIndex) {
     EXPECT_EQ(ROOT.subIndex, -1);
     EXPECT_EQ(ROOT.subName, "Joker");
     EXPECT_EQ(SUB.name, "Family");
-    EXPECT_TRUE(SUB == EventType(ROOT, "Another name", 0));
-    EXPECT_TRUE(EventType(ROOT, "Wild", -1) == ROOT);
-    EXPECT_TRUE(ROOT < SUB);
+    EXPECT_TRUE(EventType(ROOT, "Wild", -1) == ROOT && ROOT < SUB);
     EXPECT_TRUE(ROOT.Matches(SUB) && SUB.Matches(ROOT) && SUB.Matches(SUB));
-    EXPECT_FALSE(SUB.Matches(OTHER_SUB));
-    EXPECT_FALSE(SUB.Matches(EventType("Stranger")));
-    EXPECT_EQ(Event(SUB, 1, 2, nullptr).GetType().subName, "First");
+    EXPECT_FALSE(SUB.Matches(OTHER_SUB) || SUB.Matches(EventType("Stranger")));
+    EXPECT_EQ(event.GetType().subName, "First");
+    EventType const* const first = manager->RegisterListener(&*a, SUB);
+    EXPECT_EQ(manager->RegisterListener(&b, EventType(ROOT, "Renamed", 0)), first);
+    EXPECT_EQ(first->subName, "First");
+    EXPECT_EQ(manager->RegisterListener(nullptr, SUB), nullptr);
 }
 
-TEST_F(EventBus, KeepsOneTypePerKeyUnderItsFirstNames) {
-    EventType const* const first = manager.RegisterListener(&a, SUB);
-    EventType const* const second = manager.RegisterListener(&b, EventType(ROOT, "Renamed", 0));
-    EXPECT_EQ(first, second);
-    EXPECT_EQ(second->subName, "First");
-    EXPECT_EQ(manager.RegisterListener(nullptr, SUB), nullptr);
-}
-
-TEST_F(EventBus, LosesADestroyedListenerEverywhereInSpiteOfLeftOverRecords) {
-    auto passing = std::make_unique<Recorder>(log, 'p');
+TEST_F(EventBus, OutlivesListenersAndTheyIt) {
     for (EventType const& type : {ROOT, SUB, SUB}) {
-        manager.RegisterListener(passing.get(), type);
+        manager->RegisterListener(&*a, type);
+        manager->RegisterListener(&b, type);
     }
-    manager.RemoveListener(passing.get(), SUB); // leaves one record of SUB behind
-    passing.reset();
-    Trigger(SUB);
-    EXPECT_EQ(TakeLog(), "");
-}
-
-TEST_F(EventBus, MayBeDestroyedBeforeItsListeners) {
-    auto passing = std::make_unique<EventManager>("Passing");
-    passing->RegisterListener(&a, SUB);
-    passing->RegisterListener(&a, SUB);
-    passing->RemoveListener(&a, SUB);
-    passing->RegisterListener(&b, ROOT);
-    passing.reset();
-    EXPECT_TRUE(a.registrations.empty());
+    manager->RemoveListener(&*a, SUB); // leaves one record of SUB behind
+    manager->RemoveListener(&b, SUB);
+    a.reset();
+    manager->Trigger(event);
+    EXPECT_EQ(log, "b");
+    manager.reset();
     EXPECT_TRUE(b.registrations.empty());
 }
 
 TEST_F(EventBus, IsIdleAgainAfterAHandlerThrew) {
-    manager.RegisterListener(&a, SUB);
-    manager.RegisterListener(&b, SUB);
-    a.action = [](Event const&) { throw std::runtime_error("host"); };
-    EXPECT_THROW(Trigger(SUB), std::runtime_error);
-    manager.RemoveListener(&b, SUB); // must not touch a cursor of the broken delivery
-    a.action = nullptr;
-    TakeLog();
-    Trigger(SUB);
-    EXPECT_EQ(TakeLog(), "a");
+    manager->RegisterListener(&*a, SUB);
+    manager->RegisterListener(&b, SUB);
+    auto const handler = std::exchange(a->handler, [] { throw std::runtime_error("host"); });
+    EXPECT_THROW(manager->Trigger(event), std::runtime_error);
+    manager->RemoveListener(&b, SUB); // must not touch a cursor of the broken delivery
+    a->handler = handler;
+    manager->Trigger(event);
+    EXPECT_EQ(log, "a");
 }
 
+TEST_F(EventBus, IsReachedGloballyByTypeAndByRootName) {
+    GlobalEventManager::RegisterListener(&*a, Util::String("Family"));
+    GlobalEventManager::RegisterListener(&b, SUB);
+    GlobalEventManager::Trigger(event);
+    GlobalEventManager::RemoveListener(&*a, Util::String("Family"));
+    GlobalEventManager::RemoveListener(&b, SUB);
+    GlobalEventManager::Trigger(event);
+    EXPECT_EQ(log, "ba");
+}
+
+constexpr int LISTENERS = 6;
+
+struct RealBus {
+    RealBus() {
+        for (int i = 0; i < LISTENERS; ++i) {
+            listeners.emplace_back([this, i] { handle(i); });
+        }
+    }
+    void Register(int i, EventType const& type) { manager.RegisterListener(&*std::next(listeners.begin(), i), type); }
+    void Remove(int i, EventType const& type) { manager.RemoveListener(&*std::next(listeners.begin(), i), type); }
+    void Trigger(EventType const& type) { manager.Trigger(Event(type, 0, 0, nullptr)); }
+
+    std::function<void(int)> handle;
+    EventManager manager{"Test"};
+    std::list<Recorder> listeners;
+};
+
 /// The bus told with lists and positions, for comparison.
-class ModelBus {
-public:
+struct ModelBus {
     void Register(int listener, EventType const& type) { lists[type].push_back(listener); }
     void Remove(int listener, EventType const& type) {
         auto const entry = lists.find(type);
@@ -128,7 +127,7 @@ public:
             lists.erase(entry);
         }
     }
-    void Trigger(EventType const& type, std::function<void(int)> const& handle) {
+    void Trigger(EventType const& type) {
         for (EventType const& phase : {type, EventType(type, "", -1)}) {
             auto const entry = lists.find(phase);
             if (entry == lists.end()) {
@@ -145,103 +144,54 @@ public:
         }
     }
 
-private:
+    std::function<void(int)> handle;
     std::map<EventType, std::list<int>> lists;
     std::list<int>* list = nullptr;
     std::list<int>::iterator next;
     bool dispatching = false;
 };
 
-/// What both do in a handler: decided by counters that run alike in bus and model.
-struct Script {
-    std::mt19937 random;
-    int depth = 0;
+/// Whom a bus calls whose listeners meddle with it at random, told by their numbers.
+template<class Bus>
+std::string Calls(unsigned int seed) {
+    std::mt19937 random(seed);
     std::string log;
-
-    template<class Register, class Remove, class Trigger>
-    void Step(Register const& add, Remove const& remove, Trigger const& trigger) {
-        EventType const types[] = {ROOT, SUB, OTHER_SUB};
-        EventType const& type = types[random() % 3];
-        int const listener = static_cast<int>(random() % 6);
-        switch (random() % 6) {
+    int depth = 0;
+    Bus bus;
+    auto const meddle = [&] {
+        EventType const type = std::array{ROOT, SUB, OTHER_SUB}[random() % 3];
+        int const listener = static_cast<int>(random() % LISTENERS);
+        switch (random() % 3) {
         case 0:
-        case 1:
-            add(listener, type);
+            bus.Register(listener, type);
             break;
-        case 2:
-        case 3:
-            remove(listener, type);
+        case 1:
+            bus.Remove(listener, type);
             break;
         default:
             if (depth < 3) {
                 ++depth;
-                trigger(type);
+                bus.Trigger(type);
                 --depth;
             }
         }
+    };
+    bus.handle = [&](int listener) {
+        log += static_cast<char>('0' + listener);
+        if (log.size() < 400) {
+            meddle();
+        }
+    };
+    for (int step = 0; step < 60; ++step) {
+        meddle();
     }
-};
+    return log;
+}
 
 TEST(EventBusModel, AgreesWithTheBusUnderRandomHandlers) {
     for (unsigned int seed = 0; seed < 300; ++seed) {
-        Script real{std::mt19937(seed), 0, {}};
-        Script model{std::mt19937(seed), 0, {}};
-        std::string unused;
-        EventManager manager("Test");
-        std::vector<std::unique_ptr<Recorder>> listeners;
-        ModelBus bus;
-
-        std::function<void()> const realStep = [&] {
-            real.Step(
-                [&](int i, EventType const& type) {
-                    manager.RegisterListener(listeners[static_cast<std::size_t>(i)].get(), type);
-                },
-                [&](int i, EventType const& type) {
-                    manager.RemoveListener(listeners[static_cast<std::size_t>(i)].get(), type);
-                },
-                [&](EventType const& type) { manager.Trigger(Event(type, 0, 0, nullptr)); });
-        };
-        for (int i = 0; i < 6; ++i) {
-            listeners.push_back(std::make_unique<Recorder>(unused, ' '));
-            listeners.back()->action = [&, i](Event const&) {
-                real.log += static_cast<char>('0' + i);
-                if (real.log.size() < 400) {
-                    realStep();
-                }
-            };
-        }
-        std::function<void()> modelStep;
-        std::function<void(int)> const modelHandle = [&](int i) {
-            model.log += static_cast<char>('0' + i);
-            if (model.log.size() < 400) {
-                modelStep();
-            }
-        };
-        modelStep = [&] {
-            model.Step([&](int i, EventType const& type) { bus.Register(i, type); },
-                       [&](int i, EventType const& type) { bus.Remove(i, type); },
-                       [&](EventType const& type) { bus.Trigger(type, modelHandle); });
-        };
-        for (int step = 0; step < 60; ++step) {
-            realStep();
-            modelStep();
-        }
-        ASSERT_EQ(real.log, model.log) << "seed " << seed;
+        ASSERT_EQ(Calls<RealBus>(seed), Calls<ModelBus>(seed)) << "seed " << seed;
     }
-}
-
-TEST(GlobalEvents, AreReachedByTypeAndByRootName) {
-    std::string log;
-    Recorder byName(log, 'n');
-    Recorder byType(log, 't');
-    Gentra::GlobalEventManager::RegisterListener(&byName, Util::String("Family"));
-    Gentra::GlobalEventManager::RegisterListener(&byType, SUB);
-    Gentra::GlobalEventManager::Trigger(Event(SUB, 0, 0, nullptr));
-    EXPECT_EQ(log, "tn");
-    Gentra::GlobalEventManager::RemoveListener(&byName, Util::String("Family"));
-    Gentra::GlobalEventManager::RemoveListener(&byType, SUB);
-    Gentra::GlobalEventManager::Trigger(Event(SUB, 0, 0, nullptr));
-    EXPECT_EQ(log, "tn");
 }
 
 } // namespace

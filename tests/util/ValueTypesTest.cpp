@@ -7,9 +7,8 @@
 
 #include <cstdlib>
 #include <ctime>
-#include <memory>
+#include <optional>
 #include <random>
-#include <set>
 #include <type_traits>
 
 namespace {
@@ -23,20 +22,6 @@ static_assert(std::is_trivially_copyable_v<Gentra::Member> && sizeof(Gentra::Mem
 static_assert(sizeof(String) == sizeof(std::string) && sizeof(ShortID) == 4);
 
 // The hash.
-
-TEST(StringHash, HasTheValuesThatStoredIdsAreMadeOf) {
-    struct Row {
-        char const* text;
-        unsigned int hash;
-    };
-    for (Row const& row : {Row{"", 0u}, Row{"a", 0x00610061u}, Row{"abc", 0x024A0126u}, Row{"ABC", 0x018A00C6u},
-                           Row{"abcdefghijklmnop", 0x36300688u}, Row{"ABCDEFGHIJKLMNOP", 0x36300688u},
-                           Row{"abcdefghijklmnopq", 0x3D2906F9u}, Row{"ABCDEFGHIJKLMNOPQ", 0x3D0906D9u},
-                           Row{"Position", 0x0E9F0355u}, Row{"position", 0x0F9F0375u}}) {
-        EXPECT_EQ(String(row.text).Hash(), row.hash) << row.text;
-    }
-    EXPECT_EQ(String("\xE9").Hash() & 0xFFFFu, 0xFFFFFFE9u % 65521u) << "the byte counts as -23";
-}
 
 /// The same function, told byte by byte.
 unsigned int ModelHash(std::string const& text) {
@@ -57,10 +42,14 @@ unsigned int ModelHash(std::string const& text) {
     return (b << 16) | a;
 }
 
-TEST(StringHash, AgreesWithAModelAroundGroupAndChunkBorders) {
+TEST(StringHash, HasTheValuesThatStoredIdsAreMadeOf) {
+    EXPECT_EQ(String("").Hash(), 0u);
+    EXPECT_EQ(String("ABC").Hash(), 0x018A00C6u);
+    EXPECT_EQ(String("ABCDEFGHIJKLMNOP").Hash(), 0x36300688u);
+    EXPECT_EQ(String("abcdefghijklmnop").Hash(), 0x36300688u);
+    EXPECT_EQ(String("ABCDEFGHIJKLMNOPQ").Hash(), 0x3D0906D9u);
     std::mt19937 random(1);
-    for (std::size_t length :
-         {1u, 15u, 16u, 17u, 31u, 32u, 33u, 5551u, 5552u, 5553u, 5567u, 5568u, 11104u, 11105u, 20000u}) {
+    for (std::size_t const length : {1, 15, 16, 17, 31, 32, 33, 5551, 5552, 5553, 5567, 5568, 11104, 11105, 20000}) {
         std::string text(length, '\0');
         for (char& c : text) {
             c = static_cast<char>(random());
@@ -73,10 +62,7 @@ TEST(StringHash, AgreesWithAModelAroundGroupAndChunkBorders) {
 
 TEST(ShortIDs, AreOrderedAsSignedNumbersAndConvertBothWays) {
     EXPECT_LT(ShortID(-1), ShortID(1));
-    EXPECT_TRUE(ShortID(0) == 0);
-    EXPECT_EQ(static_cast<int>(ShortID(-7)), -7);
-    std::set<ShortID> const ordered{5, -3, 0};
-    EXPECT_EQ(static_cast<int>(*ordered.begin()), -3);
+    EXPECT_TRUE(ShortID(0) == 0 && static_cast<int>(ShortID(-7)) == -7);
 }
 
 // Drawn before any test. The library itself drew its first IDs while it loaded; these are still words of the
@@ -131,18 +117,17 @@ struct Derived : Counted, Plain {};
 TEST(SharedPointers, OwnTheirObjectTogether) {
     {
         RefCountPtr<Counted> const first;
-        EXPECT_EQ(Counted::alive, 1) << "a default pointer holds a new object";
         RefCountPtr<Counted> second = first;
         RefCountPtr<Counted> third(nullptr);
         EXPECT_EQ(first.GetCount(), 2);
         EXPECT_EQ(third.GetCount(), 1);
         third = second;
-        EXPECT_EQ(first.GetCount(), 3);
         second = *&second;
         EXPECT_EQ(first.GetCount(), 3);
         second = RefCountPtr<Counted>(nullptr);
         EXPECT_EQ(second.Get(), nullptr);
-        EXPECT_EQ(Counted::alive, 1);
+        EXPECT_EQ(first.GetCount(), 2);
+        EXPECT_EQ(Counted::alive, 1) << "a default pointer holds a new object";
         EXPECT_TRUE(first == third);
     }
     EXPECT_EQ(Counted::alive, 0);
@@ -151,15 +136,14 @@ TEST(SharedPointers, OwnTheirObjectTogether) {
 TEST(SharedPointers, DestroyAnObjectAsWhatItWasCreatedAs) {
     {
         RefCountPtr<Plain> const asBase(new Derived);
-        EXPECT_EQ(Counted::alive, 1);
         RefCountPtr<Derived> const derived;
         RefCountPtr<Plain> converted(derived);
         EXPECT_EQ(converted.Get(), derived.Get());
-        EXPECT_EQ(derived.GetCount(), 2);
         converted = derived;
         EXPECT_EQ(derived.GetCount(), 2);
         converted = asBase;
         EXPECT_EQ(derived.GetCount(), 1);
+        EXPECT_EQ(Counted::alive, 2);
     }
     EXPECT_EQ(Counted::alive, 0);
 }
@@ -168,14 +152,13 @@ TEST(WeakPointers, TellWhenTheirObjectHasGone) {
     struct Watched {
         Util::WeakSource<Watched> life{this};
     };
-    auto watched = std::make_unique<Watched>();
-    Util::WeakPtr<Watched> first(watched->life);
+    std::optional<Watched> watched(std::in_place);
+    Util::WeakPtr<Watched> const first(watched->life);
     Util::WeakPtr<Watched> second;
     second = first;
-    EXPECT_EQ(second.Get(), watched.get());
+    EXPECT_EQ(second.Get(), &*watched);
     watched.reset();
-    EXPECT_EQ(first.Get(), nullptr);
-    EXPECT_EQ(second.Get(), nullptr);
+    EXPECT_TRUE(first.Get() == nullptr && second.Get() == nullptr);
 }
 
 } // namespace

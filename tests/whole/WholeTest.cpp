@@ -6,8 +6,12 @@
 
 #include "World.h"
 
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 #include <exception>
+#include <sstream>
+#include <utility>
 
 namespace {
 
