@@ -42,6 +42,8 @@ int ClampedCount(float wish) noexcept {
 
 } // namespace
 
+constinit std::array<Member, 256> GridOrganizer::found{};
+
 /// One query, with what all its cells have in common.
 struct GridOrganizer::Query {
     Point centre;

@@ -8,6 +8,8 @@
 #include "gentra/properties/Property.h"
 #include "gentra/spatial/GridOrganizer.h"
 
+#include <algorithm>
+
 namespace Gentra {
 
 SpatialRelations::SpatialRelations(Context& newContext) : context(&newContext) {}
@@ -36,11 +38,13 @@ SpatialRelations::OrganizerPtr SpatialRelations::MakeOrganizer(MemberSelection& 
 }
 
 void SpatialRelations::Reset() {
-    for (OrganizerPtr const& organizer : dropped) {
-        if (!organizer->CanAnswer()) {
-            organizer->ReleaseMemory();
-        }
+    auto const unreleased = dropped.begin() + static_cast<std::ptrdiff_t>(released);
+    auto const answering = std::partition(unreleased, dropped.end(),
+                                          [](OrganizerPtr const& organizer) { return !organizer->CanAnswer(); });
+    for (auto organizer = unreleased; organizer != answering; ++organizer) {
+        (*organizer)->ReleaseMemory();
     }
+    released = static_cast<std::size_t>(answering - dropped.begin());
     dropped.reserve(dropped.size() + organizers.size());
     for (auto const& entry : organizers) {
         dropped.push_back(entry.second);

@@ -75,7 +75,12 @@ TEST_F(EventBus, IsIdleAgainAfterAHandlerThrew) {
     manager->RegisterListener(&b, SUB);
     auto const handler = std::exchange(a->handler, [] { throw std::runtime_error("host"); });
     EXPECT_THROW(manager->Trigger(event), std::runtime_error);
-    manager->RemoveListener(&b, SUB); // must not touch a cursor of the broken delivery
+    // None of these may touch the cursor of the broken delivery, whose list goes meanwhile.
+    manager->RemoveListener(&*a, SUB);
+    manager->RemoveListener(&b, SUB);
+    manager->RegisterListener(&*a, OTHER_SUB);
+    manager->RemoveListener(&*a, OTHER_SUB);
+    manager->RegisterListener(&*a, SUB);
     a->handler = handler;
     manager->Trigger(event);
     EXPECT_EQ(log, "a");

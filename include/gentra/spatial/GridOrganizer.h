@@ -91,7 +91,8 @@ private:
     std::int32_t rows = 0;
     float cellWidth = 0.0f;
     float cellDepth = 0.0f;
-    std::array<Member, 256> found; ///< Scratch of a query.
+
+    static std::array<Member, 256> found; ///< Scratch of the query that runs; dropped organizers need none.
 };
 
 } // namespace Gentra

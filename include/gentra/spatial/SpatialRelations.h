@@ -6,6 +6,7 @@
 
 #include "gentra/gentra_export.h"
 
+#include <cstddef>
 #include <memory>
 #include <unordered_map>
 #include <vector>
@@ -48,6 +49,7 @@ private:
     std::unordered_map<MemberSelection*, OrganizerPtr> organizers; ///< By the selection's address.
     Context* context;                                              ///< Not owned.
     std::vector<OrganizerPtr> dropped;                             ///< Kept alive, as behaviours may still use them.
+    std::size_t released = 0; ///< How many of them, the first ones, have given their memory back.
 };
 
 } // namespace Gentra
