@@ -219,7 +219,7 @@ TEST_F(Compiling, IsNeededToRunOverMembers) {
     behaviour.ProcessMembers(members, current);
     EXPECT_FALSE(current.IsValid()) << "not ready";
     behaviour.PushLinkedParamsToFastParams();
-    for (std::size_t const size : {4, 2}) { // a member that comes meanwhile is not visited, one that goes neither
+    for (std::size_t const size : {4u, 2u}) { // a member that comes meanwhile is not visited, one that goes neither
         behaviour.work = [&](TestBehaviour&) {
             members.resize(size);
             return false;

@@ -49,7 +49,8 @@ TEST(StringHash, HasTheValuesThatStoredIdsAreMadeOf) {
     EXPECT_EQ(String("abcdefghijklmnop").Hash(), 0x36300688u);
     EXPECT_EQ(String("ABCDEFGHIJKLMNOPQ").Hash(), 0x3D0906D9u);
     std::mt19937 random(1);
-    for (std::size_t const length : {1, 15, 16, 17, 31, 32, 33, 5551, 5552, 5553, 5567, 5568, 11104, 11105, 20000}) {
+    for (std::size_t const length :
+         {1u, 15u, 16u, 17u, 31u, 32u, 33u, 5551u, 5552u, 5553u, 5567u, 5568u, 11104u, 11105u, 20000u}) {
         std::string text(length, '\0');
         for (char& c : text) {
             c = static_cast<char>(random());
