@@ -199,7 +199,7 @@ public:
 
     /// The run that comes next must be this one.
     PoolState* BeginRun(WorldBehaviour& behaviour, std::vector<Member> const& members) {
-        DropRunsThatDoNotFit();
+        DropRunsOnNobody();
         if (expectedRuns.empty()) {
             PoolState* constructed = nullptr;
             WorldBehaviour* const next = pass ? NextOfPoolConstruction(constructed) : nullptr;
@@ -210,6 +210,7 @@ public:
                     EndPass();
                 }
                 BeginFrame();
+                DropRunsOnNobody();
             }
         }
         Require(!expectedRuns.empty() && expectedRuns.front().behaviour == &behaviour, "an unexpected run");
@@ -224,24 +225,36 @@ public:
         }
         Require(members == *run.members, "the members of a run");
         if (run.prepared) {
-            for (WorldBehaviour::Slot& slot : behaviour.slots) {
-                if (slot.link != nullptr && slot.link->owner == POOL) {
-                    slot.constant = slot.link->value;
-                }
-            }
+            RefreshConstants(behaviour);
         }
         ++runsSoFar;
         runs.push_back(std::move(run));
         return runs.back().pool;
     }
 
-    /// A behaviour that is linked in two pools loses its links with either.
-    void DropRunsThatDoNotFit() {
-        std::erase_if(expectedRuns, [&](Run const& run) { return run.prepared && !Fits(*run.pool, *run.behaviour); });
+    /// A behaviour is made ready for its turn, but runs on nobody whom it does not fit: one that is linked in two
+    /// pools loses its links with either.
+    void DropRunsOnNobody() {
+        while (!expectedRuns.empty() && expectedRuns.front().prepared) {
+            Run const& next = expectedRuns.front();
+            if (!next.onNobody && Fits(*next.pool, *next.behaviour)) {
+                return;
+            }
+            RefreshConstants(*next.behaviour);
+            expectedRuns.pop_front();
+        }
+    }
+
+    static void RefreshConstants(WorldBehaviour& behaviour) {
+        for (WorldBehaviour::Slot& slot : behaviour.slots) {
+            if (slot.link != nullptr && slot.link->owner == POOL) {
+                slot.constant = slot.link->value;
+            }
+        }
     }
 
     void RequireNoMoreRuns(char const* what) {
-        DropRunsThatDoNotFit();
+        DropRunsOnNobody();
         Require(expectedRuns.empty(), what);
     }
 
@@ -356,7 +369,7 @@ public:
         if (target != nullptr) {
             target->triggered = true;
         }
-        if (pool != nullptr && target->ready && Fits(*pool, *target)) {
+        if (pool != nullptr && target->ready) {
             Run run{target, pool, {}, true};
             if (!onAll) {
                 run.members = std::vector{pool->list.active};
@@ -364,7 +377,11 @@ public:
             expectedRuns.push_front(run);
         }
         behaviour.TriggerFlexibleBehaviour(0);
-        Require(expectedRuns.size() <= expectedBefore, "a trigger runs its behaviour");
+        if (expectedRuns.size() > expectedBefore) {
+            Require(!Fits(*pool, *target), "a trigger runs its behaviour");
+            RefreshConstants(*target);
+            expectedRuns.pop_front();
+        }
         if (onAll) {
             pool->list.Activate(pool->list.list.end());
         }
@@ -1056,15 +1073,14 @@ public:
         }
         for (WorldBehaviour* const behaviour : pool->active) {
             auto const index = static_cast<std::size_t>(pool->single);
-            if (!behaviour->ready || !Fits(*pool, *behaviour) ||
-                (pool->single >= 0 && index >= pool->list.list.size())) {
-                continue;
-            }
             Run run{behaviour, pool, {}, true};
-            if (pool->single >= 0) {
+            run.onNobody = pool->single >= 0 && index >= pool->list.list.size();
+            if (pool->single >= 0 && !run.onNobody) {
                 run.members = std::vector{AsVector(pool->list)[index]};
             }
-            expectedRuns.push_back(run);
+            if (behaviour->ready) {
+                expectedRuns.push_back(run);
+            }
         }
     }
 
@@ -1083,7 +1099,7 @@ public:
             run.members = AsVector(some->list);
         }
         bool const mayRun = how != 2 || (some != nullptr && some->pool == &pool);
-        if (behaviour->pool == &pool && behaviour->ready && Fits(pool, *behaviour) && mayRun) {
+        if (behaviour->pool == &pool && behaviour->ready && mayRun) {
             expectedRuns.push_back(run);
         }
         if (how == 0) {
@@ -1140,7 +1156,7 @@ public:
         std::map<unsigned char*, std::map<int, Floats>> const before = pool.members;
         std::deque<Run> const later = std::exchange(expectedRuns, {});
         for (WorldBehaviour* const behaviour : pool.onMember) {
-            if (pool.recordSize > 0 && behaviour->ready && Fits(pool, *behaviour)) {
+            if (pool.recordSize > 0 && behaviour->ready) {
                 expectedRuns.push_back({behaviour, &pool, {}, true, true});
             }
         }
@@ -1479,6 +1495,7 @@ private:
         std::optional<std::vector<Member>> members; ///< Without a value all that the pool lists by then.
         bool prepared = true;                       ///< Whether the constants are refreshed before.
         bool ofNewMember = false;
+        bool onNobody = false;
     };
     /// The pass that runs, if any, and how far it is.
     struct Pass {
