@@ -120,4 +120,15 @@ TEST_F(Linking, FindsOnlyTheFirstOfTwoParametersOfOneName) {
     EXPECT_TRUE(behaviour->linkedProperties[1] == Property::NIL);
 }
 
+TEST_F(Linking, KeepsALinkToAPoolPropertyThatIsInNoPool) {
+    PropertyPtr const outside = Value("Shared");
+    outside->scope = SHARED_INTRINSIC;
+    outside->SetPropertyOwner(POOL);
+    Util::RefCountPtr<TestBehaviour> const behaviour(new TestBehaviour);
+    behaviour->PoolValue(0, "Shared", SHARED_INTRINSIC);
+    ASSERT_TRUE(behaviour->LinkPropertyToInterface(outside, 0));
+    pool.LinkActiveBehaviour(behaviour);
+    EXPECT_EQ(behaviour->linkedProperties[0], outside);
+}
+
 } // namespace

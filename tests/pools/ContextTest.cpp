@@ -39,6 +39,8 @@ TEST(Contexts, KnowPoolsByIdAndName) {
     Util::ShortID const id = pool->GetMemberPoolID();
     MainContext().ChangeMemberPoolID(id, later.GetMemberPoolID(), *pool);
     EXPECT_EQ(MainContext().GetMemberPoolFromID(id), &*pool) << "a taken ID";
+    MainContext().ChangeMemberPoolID(id, 4711, later);
+    EXPECT_EQ(MainContext().GetMemberPoolFromID(id), &*pool) << "another pool's";
     MainContext().ChangeMemberPoolID(4711, 4712, later);
     EXPECT_EQ(MainContext().GetMemberPoolFromID(4712), &later);
 
@@ -75,6 +77,27 @@ TEST(Contexts, ReportClashingAndUnknownIds) {
                         start + "Property \"p\" can't be registered, as it's ID is already registered",
                         start + "Property \"p\" can't get unregistered, it's ID is unknown to the Context. why?",
                         start + "MemberPool \"Pool\" got deleted, but it's ID is unknown to the Context. why?"}));
+}
+
+TEST(Contexts, ForgetAPoolWhoseCreationWasNotHeardByAll) {
+    std::string log;
+    Listener const listener(MemberPool::EVENT, [&](Util::Event const& event) { log += event.type.subName + " "; });
+    Listener const throwing(MemberPool::EVENT, [&](Util::Event const& event) {
+        if (event.type.subIndex == MemberPool::EVENT_CREATED.subIndex) {
+            throw 1;
+        }
+    });
+    EXPECT_THROW(Pool(), int);
+    EXPECT_EQ(log, "Created Deleted ");
+}
+
+TEST(Contexts, DoNothingOnceNobodyWaitsAnyMore) {
+    Pool pool;
+    MainContext().ForceConstructAllMemberPools();
+    SpatialOrganizer const* const organizer = &MainContext().GetSpatialRelations().GetSpatialOrganizer(pool);
+    { Pool const passing; }
+    MainContext().ForceConstructAllMemberPools();
+    EXPECT_EQ(&MainContext().GetSpatialRelations().GetSpatialOrganizer(pool), organizer) << "a pass makes new ones";
 }
 
 TEST(Contexts, ReserveIdsApartFromProperties) {

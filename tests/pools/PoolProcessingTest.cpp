@@ -102,6 +102,7 @@ TEST_F(Processing, TriggersABehaviourUnlessItTakesTheTriggerForItself) {
     caller.PushLinkedParamsToFastParams();
     caller.TriggerFlexibleBehaviour(0);
     EXPECT_EQ(live->TakeCalls(), (Calls{"trigger", "check", "trigger", "trigger", "trigger", "trigger", "trigger"}));
+    EXPECT_FALSE(pool.IsActiveMemberValid()) << "as before";
     live->work = [](TestBehaviour&) { return true; };
     original.TriggerBehaviour();
     EXPECT_EQ(live->TakeCalls(), Calls{"trigger"});
@@ -258,6 +259,19 @@ TEST_F(Processing, MeasuresPoolAndBehaviours) {
     counter.countsPerSecond = 0;
     pool.ProcessMemberPool();
     EXPECT_EQ(elapsed->value, -1.0f) << "no clock";
+}
+
+TEST_F(Processing, BuildsAPoolThatAnInstanceClearedWhileItWasCompiled) {
+    struct Clearing : InstanceCreationFunctor {
+        explicit Clearing(MemberPool& newPool) : pool(newPool) {}
+        void CreateInstance(unsigned char*, int) override { pool.InitializeMemberPool(); }
+        void DeleteInstance(unsigned char*, int) override {}
+        MemberPool& pool;
+    } clearing(pool);
+    pool.AddPoolProperty(new FixedSizeDataProperty("f", 4, &clearing));
+    Compile();
+    pool.ProcessMemberPool();
+    EXPECT_FALSE(log.Take().empty()) << "it is built";
 }
 
 } // namespace

@@ -2,7 +2,9 @@
 // SPDX-License-Identifier: MIT
 
 #include "support/Host.h"
+#include "support/Validator.h"
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <string>
@@ -166,6 +168,22 @@ TEST(Records, AreGivenOutAgainLastInFirstOut) {
               Messages{"Bug Report :: MemberPool :: The Pool \"Pool\" was asked to delete a Member it does not have"});
     EXPECT_EQ(pool.CreateNewMember(), second);
     EXPECT_EQ(pool.CreateNewMember(), first);
+    pool.DeleteMember(Member(std::max(first.record, second.record) + 4)); // right behind the first block
+    EXPECT_EQ(Validator::CountRecords(pool), 2);
+}
+
+TEST(Records, AreFoundInBlocksWhereverTheyLie) {
+    auto hole = std::make_unique<char[]>(100'000); // where a later block may come to lie before the others
+    Pool pool;
+    pool.AddMemberProperty(Value("v"));
+    pool.SetMemberCount(40'000);
+    hole.reset();
+    pool.SetMemberCount(80'000);
+    Validator::CheckPool(pool, std::nullopt);
+    for (Member const member : pool.GetAllMembers()) {
+        pool.DeleteMember(member);
+    }
+    EXPECT_EQ(Validator::CountRecords(pool), 0);
 }
 
 TEST(Records, AreNotFilledFurtherWhenTheHostsInstanceDeletesTheMember) {

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "support/Host.h"
+#include "support/Validator.h"
 
 #include <array>
 #include <cstring>
@@ -339,6 +340,7 @@ TEST(NewMembers, GoAgainWhenTheHostsInstanceThrows) {
     pool.AddMemberProperty(block);
     EXPECT_THROW(pool.AddNewMember(), int);
     EXPECT_EQ(pool.GetNumMembers(), 0);
+    EXPECT_EQ(Validator::CountRecords(pool), 0);
     block->Init("f", 8, nullptr);
     EXPECT_TRUE(pool.CreateNewMember().IsValid());
 }

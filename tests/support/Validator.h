@@ -34,6 +34,9 @@ struct Validator {
     static void CheckPool(MemberPool const& pool, Records const& alive) {
         MemberPropertyTable const& table = *pool.memberProperties;
         CheckLayout(table);
+        PropertyTable const& ofPool = *pool.poolProperties;
+        Require(ofPool.positions.size() == (ofPool.properties != nullptr ? ofPool.properties->size() : 0),
+                "the positions of pool properties");
         if (table.storage != nullptr) {
             CheckStorage(*table.storage, static_cast<std::size_t>(table.recordSize), alive);
         } else {

@@ -116,6 +116,9 @@ private:
 
     void Build(MemberPool& pool) {
         pool.AddPoolProperty(Make(Value("Step", 2)));
+        for (int i = 0; i < 40; ++i) { // more than one piece of the table
+            pool.AddPoolProperty(Make(Value("Filler")));
+        }
         pool.AddMemberProperty(Make(PropertyPtr(new TextProperty("Text"))));
         pool.AddMemberProperty(Make(PropertyPtr(new MemberSelectionProperty("Friends"))));
         pool.AddMemberProperty(Make(PropertyPtr(new FixedSizeDataProperty("Data", 8, nullptr))));

@@ -1469,7 +1469,7 @@ public:
             MemberPool const* const pool = state->pool != nullptr ? state->pool->pool.get() : nullptr;
             Require(property.GetOwnerPool() == pool, "a property's pool");
             Require(property.GetPropertyOwner() == state->owner, "a property's owner");
-            Require(state->owner != MEMBER || property.GetDataOffset() == state->offset, "a property's offset");
+            Require(property.GetDataOffset() == state->offset, "a property's offset");
             Require(state->property.GetCount() == 1 + state->organizers + shares[&property],
                     "the number of those who share a property");
             if (state->IsNumeric()) {
