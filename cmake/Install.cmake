@@ -6,8 +6,7 @@ include(CMakePackageConfigHelpers)
 target_include_directories(gentra PUBLIC $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 install(TARGETS gentra EXPORT gentraTargets)
 install(DIRECTORY include/gentra TYPE INCLUDE)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/include/gentra/gentra_export.h DESTINATION
-  ${CMAKE_INSTALL_INCLUDEDIR}/gentra)
+install(DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/include/gentra TYPE INCLUDE)
 
 set(gentra_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/gentra)
 install(EXPORT gentraTargets NAMESPACE gentra:: DESTINATION ${gentra_package_dir})

@@ -6,6 +6,8 @@
 
 /// The whole library.
 
+#include "gentra/gentra_version.h"
+
 #include "gentra/util/Event.h"
 #include "gentra/util/EventListener.h"
 #include "gentra/util/EventManager.h"
@@ -51,6 +53,7 @@
 
 #include "gentra/behaviours/Behaviour.h"
 #include "gentra/behaviours/BehaviourFactory.h"
+#include "gentra/behaviours/PlugIn.h"
 
 #include "gentra/spatial/BoundingRect.h"
 #include "gentra/spatial/GridOrganizer.h"

@@ -47,4 +47,35 @@ TEST(Registry, ListsFactoriesByNameAndMakesBehaviours) {
     EXPECT_EQ(ContextManager::GetNewBehaviourFromName("flee")->GetName(), "");
 }
 
+TEST(PlugIns, AreJudgedByTheirFirstStamp) {
+    static constexpr char fitting[] =
+        GENTRA_PLUG_IN_STAMP(GENTRA_VERSION_MAJOR, GENTRA_VERSION_MINOR, GENTRA_POINTER_SIZE);
+    auto const stamp = [](int major, int minor, std::size_t pointerSize) {
+        return std::string(1, '\0') + "Gentra plug-in: version " + std::to_string(major) + "." + std::to_string(minor) +
+               ", pointers of " + std::to_string(pointerSize) + " bytes" + std::string(1, '\0');
+    };
+    std::string const here =
+        "but this is Gentra " + std::to_string(GENTRA_VERSION_MAJOR) + "." + std::to_string(GENTRA_VERSION_MINOR);
+    std::size_t const size = sizeof(void*);
+    struct {
+        std::string file;
+        std::string expected;
+    } const cases[] = {{fitting, ""},
+                       {stamp(GENTRA_VERSION_MAJOR, 0, size), ""},
+                       {stamp(GENTRA_VERSION_MAJOR, 0, size).substr(0, 47), "it is no Gentra plug-in"},
+                       {stamp(GENTRA_VERSION_MAJOR + 1, 0, size),
+                        "it was built with Gentra " + std::to_string(GENTRA_VERSION_MAJOR + 1) + ".0, " + here},
+                       {stamp(GENTRA_VERSION_MAJOR, 99, size),
+                        "it was built with Gentra " + std::to_string(GENTRA_VERSION_MAJOR) + ".99, " + here},
+                       {stamp(GENTRA_VERSION_MAJOR, 0, 2),
+                        "it was built for pointers of 2 bytes, but this is a program with " + std::to_string(size)},
+                       {"Gentra plug-in: version " + stamp(GENTRA_VERSION_MAJOR, 0, size) + stamp(99, 0, size), ""},
+                       {stamp(-1, 0, size) + stamp(GENTRA_VERSION_MAJOR, 0, size), ""},
+                       {"Gentra plug-in: version 99999999999.0, pointers of 8 bytes", "it is no Gentra plug-in"},
+                       {"", "it is no Gentra plug-in"}};
+    for (auto const& [file, expected] : cases) {
+        EXPECT_EQ(PlugIn::WhyRefused(file), expected);
+    }
+}
+
 } // namespace

@@ -1,0 +1,71 @@
+// Gentra, copyright the Gentra authors.
+// SPDX-License-Identifier: MIT
+
+// A host that knows no behaviours. It opens the plug-ins given as arguments, and runs all behaviours they bring.
+#include "../support/Building.h"
+#include "SharedObject.h"
+
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+
+using namespace Gentra;
+
+namespace {
+
+/// Opens a plug-in, unless it does not fit.
+bool Open(std::string const& file) {
+    std::ifstream stream(file, std::ios::binary);
+    std::string const content(std::istreambuf_iterator<char>(stream), {});
+    std::string error = stream ? PlugIn::WhyRefused(content) : "it could not be read";
+    auto* const registerFactories =
+        error.empty() ? SharedObject::FindFunction(file, PlugIn::ENTRY_POINT, error) : nullptr;
+    if (registerFactories == nullptr) {
+        std::fprintf(stderr, "The plug-in %s was left out: %s.\n", file.c_str(), error.c_str());
+        return false;
+    }
+    registerFactories();
+    return true;
+}
+
+/// Fills the pool with all behaviours that there are.
+class Builder : public Util::EventListener {
+public:
+    Builder() : EventListener("Builder") {
+        GlobalEventManager::RegisterListener(this, MemberPool::EVENT_CONSTRUCT);
+    }
+    void HandleEvent(Util::Event const& event) override {
+        auto& pool = *static_cast<MemberPool*>(event.subject);
+        Example::AddValue(pool, "Rate", 1);
+        Example::AddValue(pool, "Limit", 10);
+        for (Util::String const& kind : ContextManager::GetBehavioursByName()) {
+            pool.LinkActiveBehaviour(Example::New(pool, kind.c_str()));
+        }
+    }
+};
+
+} // namespace
+
+int main(int argc, char** argv) {
+    bool allFit = true;
+    for (int i = 1; i < argc; ++i) {
+        allFit = Open(argv[i]) && allFit;
+    }
+    Builder const builder;
+    MemberPool trees(ContextManager::GetMainContext());
+    trees.SetName("Trees");
+    trees.ProcessMemberPool();
+    trees.SetMemberCount(1000);
+    for (Util::String const& name : ContextManager::GetBehavioursByName()) {
+        std::printf("There is a behaviour %s.\n", name.c_str());
+    }
+    for (int frame = 0; frame < 20; ++frame) {
+        trees.ProcessMemberPool();
+    }
+    if (trees.ActivateFirstMember()) {
+        auto const* const height = static_cast<float const*>(trees.GetPropertyFromName("Height")->GetData());
+        std::printf("After 20 frames the first of %d trees is %.2f high.\n", trees.GetNumMembers(),
+                    static_cast<double>(*height));
+    }
+    return allFit ? 0 : 1;
+}

@@ -1,0 +1,74 @@
+// Gentra, copyright the Gentra authors.
+// SPDX-License-Identifier: MIT
+
+#ifndef GENTRA_BEHAVIOURS_PLUGIN_H
+#define GENTRA_BEHAVIOURS_PLUGIN_H
+
+#include "gentra/gentra_export.h"
+#include "gentra/gentra_version.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace Gentra {
+
+/// Behaviours in a shared object of their own, which a host opens at run time.
+///
+/// A plug-in says in one source file how its factories are registered:
+///
+///     static void RegisterFactories() { static GrowFactory grow; ... }
+///     GENTRA_PLUG_IN(RegisterFactories)
+///
+/// This leaves a stamp in the file: a text with the version of Gentra and the size of a pointer that the plug-in was
+/// built with. A host reads the file, asks WhyRefused(), and only then lets the system open it and calls the function
+/// named ENTRY_POINT. Opening comes last because it already runs the constructors of the plug-in's static objects, and
+/// may load the other version of Gentra beside this one.
+///
+/// Host and plug-in share one Gentra, so both are linked to the shared library. A plug-in stays open for good: the
+/// library keeps its factories, and behaviours are code.
+class GENTRA_EXPORT PlugIn {
+public:
+    /// The name of the function that registers a plug-in's factories. It takes nothing, returns nothing and has C
+    /// linkage.
+    static constexpr char const* ENTRY_POINT = "gentraRegisterPlugIn";
+
+    /// Why this library cannot run the plug-in, in one sentence, or an empty text when it can. `file` is all that is
+    /// in the plug-in's file, for any system and processor. A plug-in fits when it was built with this major version
+    /// and no later minor version, and with pointers of this size. Of several stamps the first counts.
+    [[nodiscard]] static std::string WhyRefused(std::string_view file);
+};
+
+} // namespace Gentra
+
+#if defined(_WIN32)
+#define GENTRA_PLUG_IN_EXPORT __declspec(dllexport)
+#else
+#define GENTRA_PLUG_IN_EXPORT __attribute__((visibility("default")))
+#endif
+
+#if UINTPTR_MAX > 0xFFFFFFFFu
+#define GENTRA_POINTER_SIZE 8
+#else
+#define GENTRA_POINTER_SIZE 4
+#endif
+
+/// The stamp of a plug-in, for those that do not use GENTRA_PLUG_IN. The parameters are plain numbers or macros of
+/// such.
+#define GENTRA_PLUG_IN_STAMP(major, minor, pointerSize) \
+    "Gentra plug-in: version " GENTRA_PLUG_IN_TEXT(major) "." GENTRA_PLUG_IN_TEXT(minor) \
+        ", pointers of " GENTRA_PLUG_IN_TEXT(pointerSize) " bytes"
+#define GENTRA_PLUG_IN_TEXT(number) #number
+
+/// Makes the shared object that it stands in a plug-in, whose factories are registered by `registerFactories`, a
+/// function without parameters. Stands once, outside namespaces.
+#define GENTRA_PLUG_IN(registerFactories) \
+    extern "C" GENTRA_PLUG_IN_EXPORT char const gentraPlugInStamp[]; \
+    char const gentraPlugInStamp[] = \
+        GENTRA_PLUG_IN_STAMP(GENTRA_VERSION_MAJOR, GENTRA_VERSION_MINOR, GENTRA_POINTER_SIZE); \
+    extern "C" GENTRA_PLUG_IN_EXPORT void gentraRegisterPlugIn(); \
+    void gentraRegisterPlugIn() { \
+        registerFactories(); \
+    }
+
+#endif
