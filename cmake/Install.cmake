@@ -1,12 +1,18 @@
-# Headers, library, find_package(gentra) and pkg-config file.
+# Headers, library, find_package(gentra) and pkg-config file; Debian packages of them.
 
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
-target_include_directories(gentra PUBLIC $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-install(TARGETS gentra EXPORT gentraTargets)
-install(DIRECTORY include/gentra TYPE INCLUDE)
-install(DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/include/gentra TYPE INCLUDE)
+# What programs need to run, and what is needed to build them: one package each.
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
+
+foreach(target IN LISTS gentra_targets)
+  target_include_directories(${target} PUBLIC $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+endforeach()
+install(TARGETS ${gentra_targets} EXPORT gentraTargets
+  RUNTIME COMPONENT runtime
+  LIBRARY COMPONENT runtime NAMELINK_COMPONENT development)
+install(DIRECTORY include/gentra ${CMAKE_CURRENT_BINARY_DIR}/include/gentra TYPE INCLUDE)
 
 set(gentra_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/gentra)
 install(EXPORT gentraTargets NAMESPACE gentra:: DESTINATION ${gentra_package_dir})
@@ -25,3 +31,7 @@ endif()
 file(RELATIVE_PATH gentra_pc_to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/gentra.pc.in gentra.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/gentra.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+if(PROJECT_IS_TOP_LEVEL AND UNIX AND gentra_type STREQUAL "SHARED")
+  include(cmake/Packages.cmake)
+endif()
