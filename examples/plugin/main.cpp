@@ -31,9 +31,7 @@ bool Open(std::string const& file) {
 /// Fills the pool with all behaviours that there are.
 class Builder : public Util::EventListener {
 public:
-    Builder() : EventListener("Builder") {
-        GlobalEventManager::RegisterListener(this, MemberPool::EVENT_CONSTRUCT);
-    }
+    Builder() : EventListener("Builder") { GlobalEventManager::RegisterListener(this, MemberPool::EVENT_CONSTRUCT); }
     void HandleEvent(Util::Event const& event) override {
         auto& pool = *static_cast<MemberPool*>(event.subject);
         Example::AddValue(pool, "Rate", 1);

@@ -61,8 +61,8 @@ std::string PlugIn::WhyRefused(std::string_view file) {
                Version(GENTRA_VERSION_MAJOR, GENTRA_VERSION_MINOR);
     }
     if (stamp->pointerSize != GENTRA_POINTER_SIZE) {
-        return "it was built for pointers of " + std::to_string(stamp->pointerSize) + " bytes, but this is a program with " +
-               std::to_string(GENTRA_POINTER_SIZE);
+        return "it was built for pointers of " + std::to_string(stamp->pointerSize) +
+               " bytes, but this is a program with " + std::to_string(GENTRA_POINTER_SIZE);
     }
     return {};
 }

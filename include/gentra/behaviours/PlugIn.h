@@ -55,20 +55,20 @@ public:
 
 /// The stamp of a plug-in, for those that do not use GENTRA_PLUG_IN. The parameters are plain numbers or macros of
 /// such.
-#define GENTRA_PLUG_IN_STAMP(major, minor, pointerSize) \
-    "Gentra plug-in: version " GENTRA_PLUG_IN_TEXT(major) "." GENTRA_PLUG_IN_TEXT(minor) \
-        ", pointers of " GENTRA_PLUG_IN_TEXT(pointerSize) " bytes"
+#define GENTRA_PLUG_IN_STAMP(major, minor, pointerSize)                                                                \
+    "Gentra plug-in: version " GENTRA_PLUG_IN_TEXT(major) "." GENTRA_PLUG_IN_TEXT(                                     \
+        minor) ", pointers of " GENTRA_PLUG_IN_TEXT(pointerSize) " bytes"
 #define GENTRA_PLUG_IN_TEXT(number) #number
 
 /// Makes the shared object that it stands in a plug-in, whose factories are registered by `registerFactories`, a
 /// function without parameters. Stands once, outside namespaces.
-#define GENTRA_PLUG_IN(registerFactories) \
-    extern "C" GENTRA_PLUG_IN_EXPORT char const gentraPlugInStamp[]; \
-    char const gentraPlugInStamp[] = \
-        GENTRA_PLUG_IN_STAMP(GENTRA_VERSION_MAJOR, GENTRA_VERSION_MINOR, GENTRA_POINTER_SIZE); \
-    extern "C" GENTRA_PLUG_IN_EXPORT void gentraRegisterPlugIn(); \
-    void gentraRegisterPlugIn() { \
-        registerFactories(); \
+#define GENTRA_PLUG_IN(registerFactories)                                                                              \
+    extern "C" GENTRA_PLUG_IN_EXPORT char const gentraPlugInStamp[];                                                   \
+    char const gentraPlugInStamp[] =                                                                                   \
+        GENTRA_PLUG_IN_STAMP(GENTRA_VERSION_MAJOR, GENTRA_VERSION_MINOR, GENTRA_POINTER_SIZE);                         \
+    extern "C" GENTRA_PLUG_IN_EXPORT void gentraRegisterPlugIn();                                                      \
+    void gentraRegisterPlugIn() {                                                                                      \
+        registerFactories();                                                                                           \
     }
 
 #endif
