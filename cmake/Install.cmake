@@ -32,6 +32,14 @@ file(RELATIVE_PATH gentra_pc_to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/gentra.pc.in gentra.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/gentra.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
+# Debuggers' views. gdb looks for a file of the library's full name and path.
+install(FILES debuggers/gentra.natvis DESTINATION ${CMAKE_INSTALL_DATADIR}/gentra)
+if(UNIX AND gentra_type STREQUAL "SHARED")
+  install(FILES debuggers/gentra-gdb.py
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load${CMAKE_INSTALL_FULL_LIBDIR}
+    RENAME libgentra.so.${PROJECT_VERSION}-gdb.py COMPONENT runtime)
+endif()
+
 if(PROJECT_IS_TOP_LEVEL AND UNIX AND gentra_type STREQUAL "SHARED")
   include(cmake/Packages.cmake)
 endif()

@@ -83,7 +83,8 @@ int main() {
         stones.ProcessMemberPool();
     }
     for (char const* const name : {"Position", "Position_1", "Position_2"}) { // each behaviour has its own
-        auto const at = Datum::Read<Math::Vec3>(stones.GetPropertyFromName(name)->GetDataFromMemberSelection(stones, 9999));
+        auto const at =
+            Datum::Read<Math::Vec3>(stones.GetPropertyFromName(name)->GetDataFromMemberSelection(stones, 9999));
         std::cout << name << ": " << at.y << " above ground\n";
     }
 }

@@ -39,8 +39,8 @@ Factory<Sail> sail("Sail");
 Factory<Row> row("Row");
 
 constexpr char const* OWNERS[] = {"a pool's", "a member's", "anybody's"};
-constexpr char const* TYPES[] = {"undefined",     "value",          "vector",          "member selection",
-                                 "behaviour",     "data reference", "fixed-size data", "text"};
+constexpr char const* TYPES[] = {"undefined", "value",          "vector",          "member selection",
+                                 "behaviour", "data reference", "fixed-size data", "text"};
 
 /// Links the slot to the pool's property of its name, or else to the first one of its type.
 bool Link(Behaviour& behaviour, MemberPool const& pool, int slot, Util::String const& name, PropertyType type) {

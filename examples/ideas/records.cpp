@@ -19,8 +19,8 @@ int main() {
     phones.SetMemberCount(2);
 
     for (auto const& property : phones.GetAllMemberProperties()) {
-        std::cout << property->GetName() << ": " << property->GetDataSize() << " bytes at "
-                  << property->GetDataOffset() << "\n";
+        std::cout << property->GetName() << ": " << property->GetDataSize() << " bytes at " << property->GetDataOffset()
+                  << "\n";
     }
 
     // A reference to such a float would be undefined. Datum reads and writes at any address.

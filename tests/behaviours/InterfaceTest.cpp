@@ -3,8 +3,6 @@
 
 #include "support/Host.h"
 
-#include <tuple>
-
 namespace {
 
 using namespace Gentra;
@@ -37,29 +35,6 @@ TEST(NewBehaviours, AreNotReadySortByTheirKeyAndAnnounceThemselvesOnRequest) {
     });
     behaviour.Initialize();
     EXPECT_EQ(heard, "Create0");
-}
-
-TEST(Declarations, GiveOwnerTypeScopeAndDefault) {
-    using B = Behaviour;
-    for (auto const& [declare, expected] :
-         {std::pair(
-              +[](B& b) { b.MemberValue(7, "p", SHARED_INTRINSIC, 2.5f); },
-              std::tuple(MEMBER, VALUE, SHARED_INTRINSIC, 2.5f, 0.0f)),
-          {[](B& b) { b.PoolValue(7, "p", UNIQUE_INTRINSIC); }, {POOL, VALUE, UNIQUE_INTRINSIC, 0, 0}},
-          {[](B& b) {
-               b.MemberVec3(7, "p", VISIBLE, {4, 5, 6});
-           },
-           {MEMBER, VECTOR, VISIBLE, 0, 4}},
-          {[](B& b) { b.MemberMemberSelection(7, "p", VISIBLE); }, {MEMBER, MEMBERSELECTION, VISIBLE, 0, 0}},
-          {[](B& b) { b.FlexibleBehaviourTrigger(7, "p"); }, {FLEXIBLE, BEHAVIOUR, VISIBLE, 0, 0}}}) {
-        TestBehaviour behaviour;
-        declare(behaviour);
-        Parameter const& made = *behaviour.parameterInterface.at(0);
-        EXPECT_EQ(std::tuple(made.owner, made.type, made.scope, made.value, made.vector.x), expected);
-        EXPECT_EQ(made.linkIndex, 0) << "the leading number is not used";
-        EXPECT_EQ(behaviour.GetNumVisibleInterfaceLinks(), made.scope == VISIBLE ? 1 : 0);
-        EXPECT_TRUE(behaviour.linkedProperties == std::vector{Property::NIL});
-    }
 }
 
 struct Interfaces : testing::Test {

@@ -42,37 +42,6 @@ TEST(Parameters, TakeTheirDefaultByType) {
     EXPECT_EQ(Parameter(POOL, VECTOR, "v", VISIBLE, nullptr).vector.x, 0.0f);
 }
 
-TEST(Parameters, AreMadeFieldByField) {
-    using P = Parameter;
-    std::pair<void (*)(P&), std::vector<int>> const table[] = {
-        {[](P& p) { p.MakeMemberInputParameter(VECTOR, "new", 8); }, {VECTOR, MEMBER, UNIQUE_INTRINSIC, 5, 6, 8}},
-        {[](P& p) { p.MakeConstantValueInputParameter("new", 1); }, {VALUE, MEMBER, UNIQUE_INTRINSIC, 1, 6, 7}},
-        {[](P& p) {
-             p.MakeConstantVectorInputParameter("new", {1, 0, 0});
-         },
-         {VECTOR, MEMBER, UNIQUE_INTRINSIC, 5, 1, 7}},
-        {[](P& p) { p.MakeBehaviourParameter("new"); }, {BEHAVIOUR, POOL, UNIQUE_INTRINSIC, 5, 6, 7}},
-        {[](P& p) { p.MakePropertyCreationParameter(TEXT, "new", true); }, {TEXT, MEMBER, SHARED_INTRINSIC, 5, 6, 7}},
-        {[](P& p) { p.MakePropertyCreationParameter(TEXT, "new", false); }, {TEXT, MEMBER, VISIBLE, 5, 6, 7}},
-        {[](P& p) { p.MakeBehaviourInterfaceParameter(FLEXIBLE, VALUE, "new", VISIBLE); },
-         {VALUE, FLEXIBLE, VISIBLE, 0, 0, 7}},
-        {[](P& p) {
-             p.MakeInputParameter(VECTOR, "new", 1, {2, 0, 0}, 3);
-         },
-         {VECTOR, MEMBER, UNIQUE_INTRINSIC, 1, 2, 3}}};
-    for (auto const& [make, expected] : table) {
-        Parameter p(MEMBER, DATAREFERENCE, "old", UNIQUE_INTRINSIC, nullptr);
-        p.MakeInputParameter(DATAREFERENCE, "old", 5, {6, 0, 0}, 7);
-        p.linkIndex = 9;
-        make(p);
-        EXPECT_EQ(std::vector<int>({p.type, p.owner, p.scope, static_cast<int>(p.value), static_cast<int>(p.vector.x),
-                                    p.dataOffset}),
-                  expected);
-        EXPECT_EQ(p.name, "new");
-        EXPECT_EQ(p.linkIndex, 9);
-    }
-}
-
 // The property classes.
 
 TEST(Properties, StartInNoPoolUnderTheirDefaultName) {
@@ -191,13 +160,6 @@ TEST(Properties, FindAMembersDatumByIndexOrActiveMember) {
     EXPECT_EQ(vector->GetOwnerPool(), nullptr);
     EXPECT_EQ(vector->GetData(), vector->GetPoolData()) << "in no pool any more";
     EXPECT_EQ(copy.GetData(), nullptr) << "of an earlier layout";
-}
-
-TEST(Properties, AreFoundByIntrinsicName) {
-    std::vector<PropertyPtr> properties{Value("wanted"), Value("other"), Value("wanted")};
-    EXPECT_TRUE(Property::GetIntrinsicPropertyFromName(properties, "wanted") == Property::NIL);
-    properties[2]->scope = SHARED_INTRINSIC;
-    EXPECT_TRUE(Property::GetIntrinsicPropertyFromName(properties, "wanted") == properties[2]);
 }
 
 TEST(Properties, AreMadeFromParameters) {

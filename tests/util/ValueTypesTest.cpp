@@ -7,7 +7,6 @@
 
 #include <cstdlib>
 #include <ctime>
-#include <optional>
 #include <random>
 #include <type_traits>
 
@@ -147,19 +146,6 @@ TEST(SharedPointers, DestroyAnObjectAsWhatItWasCreatedAs) {
         EXPECT_EQ(Counted::alive, 2);
     }
     EXPECT_EQ(Counted::alive, 0);
-}
-
-TEST(WeakPointers, TellWhenTheirObjectHasGone) {
-    struct Watched {
-        Util::WeakSource<Watched> life{this};
-    };
-    std::optional<Watched> watched(std::in_place);
-    Util::WeakPtr<Watched> const first(watched->life);
-    Util::WeakPtr<Watched> second;
-    second = first;
-    EXPECT_EQ(second.Get(), &*watched);
-    watched.reset();
-    EXPECT_TRUE(first.Get() == nullptr && second.Get() == nullptr);
 }
 
 } // namespace

@@ -1,0 +1,332 @@
+# Gentra, copyright the Gentra authors.
+# SPDX-License-Identifier: MIT
+"""How gdb shows Gentra's types.
+
+Installed beside the library's name, so that gdb loads it together with the library. Members, pools and selections are
+decoded by the layout of the member's pool, which only the library's debug symbols describe (the package
+libgentra1-dbgsym); without them a member is shown as an address. `print /r` shows what is really there.
+"""
+
+import gdb
+import gdb.printing
+
+VALUE, VECTOR, MEMBERSELECTION, BEHAVIOUR, DATAREFERENCE, FIXEDSIZEDATA, TEXT = range(1, 8)
+
+
+# Reading the library's and the standard library's structures.
+
+def size(vector):
+    return int(vector["_M_impl"]["_M_finish"] - vector["_M_impl"]["_M_start"])
+
+
+def item(vector, index):
+    return vector["_M_impl"]["_M_start"][index]
+
+
+def elements(vector):
+    return (item(vector, index) for index in range(size(vector)))
+
+
+def listed(container):
+    """The elements of a deque, or the keys and values of a map by turns, as the standard library's printers see them."""
+    printer = gdb.default_visualizer(container)
+    return [value for _, value in printer.children()] if printer else []
+
+
+def text(string):
+    """The characters of a std::string or Util::String."""
+    return string["_M_dataplus"]["_M_p"].string(length=int(string["_M_string_length"]))
+
+
+def target(unique_pointer):
+    """The pointer in a std::unique_ptr, which is all there is in one."""
+    pointed = unique_pointer.type.strip_typedefs().template_argument(0)
+    if pointed.code == gdb.TYPE_CODE_ARRAY:
+        pointed = pointed.target()
+    return unique_pointer.address.cast(pointed.pointer().pointer()).dereference()
+
+
+def watched(weak):
+    """The pointer in a Util::WeakPtr; 0 when its object has gone."""
+    return weak["block"]["object"] if weak["block"] else 0
+
+
+def known_pools():
+    """Pointers to the pools that the main context knows."""
+    try:
+        context = gdb.parse_and_eval("Gentra::ContextManager::mainContext")
+        if not context:
+            return []
+        return [watched(pool) for pool in listed(context["poolsByID"])[1::2] if watched(pool)]
+    except gdb.error:
+        return []
+
+
+def layout(pool):
+    """The pool's table of member properties, or None without debug symbols of the library."""
+    try:
+        table = target(pool["memberProperties"]).dereference()
+        return table if table.type.fields() and table["recordSize"] >= 0 else None
+    except (gdb.error, RuntimeError):
+        return None
+
+
+def holds(pool, address):
+    """Whether a record in use of the pool begins at the address."""
+    table = layout(pool)
+    storage = target(table["storage"]) if table is not None else 0
+    if not storage:
+        return False
+    record_size = int(storage["recordSize"])
+    for block in elements(storage["blocks"]):
+        offset = address - int(target(block["bytes"]))
+        if 0 <= offset < int(block["recordCount"]) * record_size and offset % record_size == 0:
+            return bool(target(block["inUse"])[offset // record_size])
+    return False
+
+
+def named(name):
+    return f'"{name}"' if name else "without a name"
+
+
+def describe_vector(vector):
+    return f'({float(vector["x"]):g}, {float(vector["y"]):g}, {float(vector["z"]):g})'
+
+
+def describe_selection(selection):
+    pool = watched(selection["basePool"])
+    return f'{count(selection)} members of {named(text(pool["name"])) if pool else "no pool"}'
+
+
+def datum(address, kind, length):
+    """A datum of a member or pool, as text."""
+    def read(name):
+        return gdb.Value(address).cast(gdb.lookup_type(name).pointer()).dereference()
+
+    if kind == VALUE:
+        return f'{float(read("float")):g}'
+    if kind == VECTOR:
+        return describe_vector(read("Math::Vec3"))
+    if kind in (MEMBERSELECTION, BEHAVIOUR, DATAREFERENCE, TEXT):
+        pointer = int(read("unsigned long"))
+        if pointer == 0:
+            return "null"
+        if kind == MEMBERSELECTION:
+            found = gdb.Value(pointer).cast(gdb.lookup_type("Gentra::MemberSelection").pointer())
+            return describe_selection(found.dereference())
+        if kind == BEHAVIOUR:
+            found = gdb.Value(pointer).cast(gdb.lookup_type("Gentra::Behaviour").pointer())
+            return "behaviour " + named(text(found["name"]))
+        if kind == TEXT:
+            found = gdb.Value(pointer).cast(gdb.lookup_type("Gentra::TextProperty::Text").pointer())
+            letters = found["_M_dataplus"]["_M_p"]
+            return '"' + "".join(chr(int(letters[i])) for i in range(int(found["_M_string_length"]))) + '"'
+        return f"pointer {pointer:#x}"
+    return "bytes " + bytes(gdb.selected_inferior().read_memory(address, length)).hex(" ")
+
+
+def count(selection):
+    if selection["edited"]:
+        return int(target(selection["edits"])["order"]["liveCount"])
+    return int(selection["kept"]) + size(selection["appended"])
+
+
+def entries(selection):
+    """The members of a selection in order, also while its vector is not up to date."""
+    kept = int(selection["kept"])
+
+    def at(slot):
+        return item(selection["memberVector"], slot) if slot < kept else item(selection["appended"], slot - kept)
+
+    if not selection["edited"]:
+        yield from (at(slot) for slot in range(count(selection)))
+        return
+    order = target(selection["edits"])["order"]
+    if size(order["links"]) > 0:
+        slot = int(order["first"])
+        for _ in range(count(selection)):
+            yield at(slot)
+            slot = int(item(order["links"], slot)["next"])
+        return
+    for number, word in enumerate(elements(order["live"])):
+        yield from (at(64 * number + bit) for bit in range(64) if int(word) >> bit & 1)
+
+
+# The printers.
+
+class Member:
+    def __init__(self, value):
+        self.address = int(value["record"])
+        self.pool = next((pool for pool in known_pools() if holds(pool, self.address)), None)
+
+    def to_string(self):
+        if self.address == 0:
+            return "Member::NIL"
+        of = f'of {named(text(self.pool["name"]))}' if self.pool is not None else "of no pool that is known"
+        return f"member {of} at {self.address:#x}"
+
+    def children(self):
+        if self.pool is None:
+            return
+        for place in elements(layout(self.pool)["places"]):
+            address = self.address + int(place["offset"])
+            yield text(place["property"]["name"]), datum(address, int(place["type"]), int(place["size"]))
+
+
+class MemberSelection:
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        active = int(self.value["activeMember"]["record"])
+        return describe_selection(self.value) + (f", active at {active:#x}" if active else ", none active")
+
+    def children(self):
+        for index, member in enumerate(entries(self.value)):
+            yield f"[{index}]", member
+
+
+class MemberPool(MemberSelection):
+    def to_string(self):
+        pool = self.value
+        table = layout(pool)
+        of = f' of {int(table["recordSize"])} bytes' if table is not None else ""
+        state = "compiled" if pool["compiled"] else "not compiled"
+        return f'pool {named(text(pool["name"]))}, ID {int(pool["poolID"]["value"])}, {state}, ' \
+               f'{count(pool)} members{of}'
+
+    def children(self):
+        properties = target(self.value["poolProperties"])
+        try:
+            table = target(properties["properties"])
+        except (gdb.error, RuntimeError):
+            table = 0  # without debug symbols of the library
+        for held in listed(table.dereference()) if table else []:
+            yield text(held["ptr"]["name"]), held
+        yield from super().children()
+
+
+class Property:
+    def __init__(self, value):
+        self.value = value.cast(value.dynamic_type) if value.type.code != gdb.TYPE_CODE_REF else value.referenced_value()
+
+    def to_string(self):
+        value = self.value
+        pool = watched(value["ownerPool"])
+        of = f' of {named(text(pool["name"]))}' if pool else " of no pool"
+        kind = value.type.name.split("::")[-1]
+        at = f', at {int(value["dataOffset"])} in a record' if int(value["dataOffset"]) >= 0 else ""
+        return f'{kind} {named(text(value["name"]))}{of}{at}, ID {int(value["propertyID"]["value"])}'
+
+    def children(self):
+        kind = int(self.value["type"])
+        if kind == VALUE:
+            yield "value", datum(int(self.value["value"].address), kind, 4)
+        elif kind == VECTOR:
+            yield "vector", datum(int(self.value["vector"].address), kind, 12)
+        elif kind in (MEMBERSELECTION, TEXT) and any(f.name == "poolDatum" for f in self.value.type.fields()):
+            yield "pool data", datum(int(self.value["poolDatum"].address), kind, 8)
+
+
+class Behaviour:
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        pool = watched(self.value["ownerPool"])
+        of = f' of {named(text(pool["name"]))}' if pool else " of no pool"
+        ready = "not ready" if self.value["disabled"] else "ready"
+        return f'behaviour {named(text(self.value["name"]))}{of}, {ready}'
+
+    def children(self):
+        links = self.value["linkedProperties"]
+        for index, slot in enumerate(elements(self.value["parameterInterface"])):
+            linked = item(links, index)["ptr"] if index < size(links) else 0
+            name = text(linked["name"]) if linked else "NULL"
+            yield text(slot["name"]), "not linked" if name == "NULL" else f'linked to "{name}"'
+
+
+class RefCountPtr:
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        if not self.value["ptr"]:
+            return "null"
+        holders = int(self.value["count"]["count"])
+        return "held once" if holders == 1 else f"held {holders} times"
+
+    def children(self):
+        pointer = self.value["ptr"]
+        if pointer:
+            yield "object", pointer.cast(pointer.dynamic_type).dereference()
+
+
+class WeakPtr:
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        pointer = watched(self.value)
+        return f"watches {int(pointer):#x}" if pointer else "watches nothing"
+
+
+class ShortID:
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        return str(int(self.value["value"]))
+
+
+class EventType:
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        return f'{text(self.value["name"])}/{text(self.value["subName"])} ({int(self.value["subIndex"])})'
+
+
+class Event:
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        event = self.value
+        return f'event {EventType(event["type"]).to_string()}, {int(event["param1"])}, {int(event["param2"])}, ' \
+               f'about {int(event["subject"]):#x}'
+
+
+class String:
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        return text(self.value)
+
+    def display_hint(self):
+        return "string"
+
+
+class Vec3:
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        return describe_vector(self.value)
+
+
+def printers():
+    collection = gdb.printing.RegexpCollectionPrettyPrinter("gentra")
+    for name in ("Member", "MemberSelection", "MemberPool", "Behaviour"):
+        collection.add_printer(name, f"^Gentra::{name}$", globals()[name])
+    collection.add_printer("Property", "^Gentra::[A-Za-z]*Property$", Property)
+    for name in ("ShortID", "EventType", "Event", "String"):
+        collection.add_printer(name, f"^Util::{name}$", globals()[name])
+    collection.add_printer("RefCountPtr", "^Util::RefCountPtr<.*>$", RefCountPtr)
+    collection.add_printer("WeakPtr", "^Util::WeakPtr<.*>$", WeakPtr)
+    collection.add_printer("Vec3", "^Math::Vec3$", Vec3)
+    return collection
+
+
+gdb.printing.register_pretty_printer(gdb.current_objfile(), printers(), replace=True)
