@@ -49,6 +49,11 @@ void CopyDatum(unsigned char* datum, void const* source, int size) {
     }
 }
 
+/// Whether the property's data still have the size of their place: a host may have assigned another property to it.
+bool KeepsItsSize(MemberPropertyTable::Place const& place) {
+    return place.property->GetDataSize() == place.size;
+}
+
 /// Gives a new member its datum of one property: the default and the property's instance work.
 void CreateDatum(MemberPropertyTable::Place const& place, unsigned char* record) {
     unsigned char* const datum = record + place.offset;
@@ -56,12 +61,15 @@ void CreateDatum(MemberPropertyTable::Place const& place, unsigned char* record)
         CopyDatum(datum, place.plainDefault, place.size);
         return;
     }
-    if (void const* const defaultData = place.property->GetPoolData()) {
+    bool const keepsItsSize = KeepsItsSize(place);
+    if (void const* const defaultData = keepsItsSize ? place.property->GetPoolData() : nullptr) {
         CopyDatum(datum, defaultData, place.size);
     } else {
         std::memset(datum, 0, static_cast<std::size_t>(place.size));
     }
-    place.property->OnInstanceCreation(datum);
+    if (keepsItsSize) {
+        place.property->OnInstanceCreation(datum);
+    }
 }
 
 /// Triggers an event that takes back another one whose delivery has thrown. A second exception changes nothing.
@@ -417,7 +425,7 @@ void MemberPool::DeleteMember(Member member) {
     try {
         std::vector<MemberPropertyTable::Place> const& places = memberProperties->Places();
         for (std::size_t i = 0; i < places.size() && timesCleared == clearedBefore; ++i) {
-            if (places[i].plainDefault == nullptr) {
+            if (places[i].plainDefault == nullptr && KeepsItsSize(places[i])) {
                 places[i].property->OnInstanceDeletion(member.record + places[i].offset);
             }
         }

@@ -4,6 +4,7 @@
 #include "support/Host.h"
 #include "support/Validator.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <utility>
@@ -243,6 +244,23 @@ TEST(NewMembers, ReceiveEachPropertysDefaultAndInstance) {
     pool.InitializeMemberPool();
     EXPECT_EQ(functor.alive, 4) << "clearing a pool deletes no instances";
     EXPECT_EQ(second->GetBasePool(), nullptr);
+}
+
+TEST(NewMembers, HaveZeroBytesWhereAnAssignmentHasChangedTheSize) {
+    Functor functor;
+    Pool pool;
+    RefCountPtr<FixedSizeDataProperty> const block(new FixedSizeDataProperty("f", 64, &functor));
+    pool.AddMemberProperty(block);
+    for (unsigned int const size : {4u, 1000u}) {
+        FixedSizeDataProperty other("o", size, &functor);
+        std::vector<unsigned char> bytes(size, 1);
+        other.SetPoolData(bytes.data());
+        *block = other;
+        Member const member = pool.CreateNewMember();
+        EXPECT_EQ(std::count(member.record, member.record + 64, 0), 64);
+        pool.DeleteMember(member);
+    }
+    EXPECT_EQ(functor.alive, 0);
 }
 
 TEST(NewMembers, NeverShareASelectionThatAnotherMemberStillHas) {

@@ -52,6 +52,7 @@ public:
     /// Copies every field; the copy has parameter records of its own. It refers to the same owner pool, but
     /// is in none of the pool's lists.
     Behaviour(Behaviour const& other);
+    /// Copies likewise. This behaviour stays in the lists of the pools that it is linked to.
     Behaviour& operator=(Behaviour const& other);
 
     // Virtual operations in slot order; compiled plug-ins depend on it. The last one is protected, below.
@@ -76,6 +77,7 @@ public:
 
     // Identity and state.
 
+    /// Given by the derived class, empty until then. Need not be unique.
     [[nodiscard]] Util::String const& GetName() const noexcept { return name; }
     /// The pool in which the behaviour is active or passive, or null.
     [[nodiscard]] MemberPool* GetOwnerPool() const noexcept { return ownerPool.Get(); }
@@ -89,18 +91,26 @@ public:
     /// behaviour is set up.
     void Initialize();
 
-    /// Whether, and how large, the host should draw the behaviour's debug output. The scale is shared by all.
+    /// @{
+    /// Whether, and how large, the host should draw the behaviour's debug output; at first off, with the scale 1.
+    /// The scale is shared by all.
     [[nodiscard]] bool GetDebugRenderEnabled() const noexcept { return debugRenderEnabled; }
     void SetDebugRenderEnabled(bool enabled) noexcept { debugRenderEnabled = enabled; }
     [[nodiscard]] static float GetDebugRenderScale() noexcept { return debugRenderScale; }
     static void SetDebugRenderScale(float scale) noexcept { debugRenderScale = scale; }
+    /// @}
 
-    // Declaring the interface. Finish before any property is linked. The leading number is not used: a
-    // parameter's link index is its position in order of declaration. The default is the constant of the
-    // parameter and the first value of a property made for an intrinsic one. A 17th parameter is refused:
-    // "Error\Construction\Behaviour\Parameter \"%s\" could not be added, because a Behaviour can not have
-    // more than 16 Parameters".
+    // Declaring the interface.
 
+    /// @{
+    /// Declares a parameter of the owner and the type that the operation is named after (UserData: DATAREFERENCE,
+    /// BehaviourTrigger: BEHAVIOUR); without a `scope` it is VISIBLE. Finish before any property is linked.
+    ///
+    /// The leading number is not used: a parameter's link index is its position in order of declaration. A default
+    /// is the constant of the parameter and the first value of a property made for an intrinsic one; without one
+    /// that is zero. A 17th parameter is refused:
+    /// "Error\Construction\Behaviour\Parameter \"%s\" could not be added, because a Behaviour can not have
+    /// more than 16 Parameters".
     void MemberValue(int unused, char const* parameterName, Scope scope, float defaultValue);
     void PoolValue(int unused, char const* parameterName, Scope scope);
     void FlexibleValue(int unused, char const* parameterName);
@@ -110,31 +120,42 @@ public:
     void MemberMemberSelection(int unused, char const* parameterName, Scope scope);
     void FlexibleUserData(int unused, char const* parameterName);
     void FlexibleBehaviourTrigger(int unused, char const* parameterName);
+    /// @}
 
-    // Looking at the interface. The visible interface lists the parameters that the host links. A position
-    // out of range is reported ("Error\Construction\Behaviour\...") and answered by false or UNDEFINED, with
-    // the outputs unchanged.
+    // Looking at the interface.
 
+    /// @{
+    /// The length of the visible interface, which lists the parameters that the host links, ascending by link index.
     [[nodiscard]] int GetNumVisibleInterfaceLinks() const noexcept;
     [[nodiscard]] int GetIndexOfFirstIntrinsicParameterInVisibleInterface() const noexcept { return visibleCount; }
+    /// @}
+    /// @{
+    /// What stands at a position of the visible interface. A position out of range is reported
+    /// ("Error\Construction\Behaviour\...") and answered by false or UNDEFINED, with the outputs unchanged.
     bool GetVisibleInterfaceDescription(int visibleIndex, Util::String& outName, PropertyOwner& outOwner,
                                         PropertyType& outType, bool& outIntrinsic) const;
     [[nodiscard]] PropertyType GetPropertyTypeFromVisibleParameterInterface(int visibleIndex) const;
+    /// @}
     /// The link index of the first parameter of exactly that name, or -1.
     [[nodiscard]] int GetLinkIndexFromPropertyName(Util::String const& parameterName) const;
 
-    // The intrinsic parameters that have no property yet. Each empties `out` first. The records are the
-    // behaviour's own and last as long as its interface.
+    /// @{
+    /// Fills `out`, which is emptied first, with the intrinsic parameters that have no property yet: those whose
+    /// owner is MEMBER, or all others. The records are the behaviour's own and last as long as its interface.
     void GetUnlinkedIntrinsicPoolParams(std::vector<Parameter*>& out) const;
     void GetUnlinkedIntrinsicMemberParams(std::vector<Parameter*>& out) const;
+    /// @}
+    /// @{
+    /// Fills `out`, which is emptied first, with the names of such parameters of one type, the MEMBER ones last.
     void GetUnlinkedIntrinsicValueParamsByName(std::vector<Util::String>& out) const;
     void GetUnlinkedIntrinsicVectorParamsByName(std::vector<Util::String>& out) const;
+    /// @}
 
     // Linking and compiling.
 
     /// Links a property at a position of the visible interface. False, with nothing changed: silently for
-    /// Property::NIL and null, with a "Construction" message for a bad position or a property of another
-    /// type.
+    /// Property::NIL, and for null at a good position; with a "Construction" message for a bad position or a property
+    /// of another type.
     bool LinkPropertyToVisibleInterface(Util::RefCountPtr<Property> const& property, int visibleIndex);
     /// Links properties that were made for intrinsic parameters: unique ones at the link index they carry,
     /// shared ones by name. Property::NIL is skipped.
@@ -153,17 +174,18 @@ public:
     /// Runs the behaviour over one member, through ProcessMembers().
     void ProcessSingleMember(Member processedMember, Member& current);
 
-    // Data access during processing, by link index (0 to 15) of a compiled parameter. Checked in debug builds
-    // only: the index and, for member data, that `member` is valid. The references are aligned when all sizes
-    // before the datum in the record are multiples of 4, and last until members are deleted or the pool is
-    // cleared.
-    //
-    // A "Flexible" operation works on what the parameter was linked to: member data of `member`, the constant
-    // of a pool property, or the property itself when that is in no pool (or in another one: then the datum
-    // of that pool's active member). Where there is no datum, reading gives zeros and writing is ignored.
+    // Data access during processing.
 
+    /// @{
+    /// The datum in the record of `member`, by the link index (0 to 15) of a compiled parameter. The reference is
+    /// aligned when all sizes before the datum in the record are multiples of 4, and lasts until members are deleted
+    /// or the pool is cleared.
+    ///
+    /// Checked in debug builds only, here and below: the index and, for member data, that `member` is valid.
     [[nodiscard]] float& UseMemberValue(int index) { return DatumReference<float>(index); }
     [[nodiscard]] Math::Vec3& UseMemberVec3(int index) { return DatumReference<Math::Vec3>(index); }
+    /// @}
+    /// The selection that the datum in the record of `member` points at; for null an empty one without a pool.
     [[nodiscard]] MemberSelection& UseMemberMemberSelection(int index) {
         auto* const selection = Datum::Read<MemberSelection*>(MemberDatum(index));
         return selection != nullptr ? *selection : NoSelection();
@@ -174,6 +196,9 @@ public:
     /// The value field of the linked property itself.
     [[nodiscard]] float& UsePoolValue(int index) { return LinkedProperty(index).value; }
 
+    /// A "Flexible" operation works on what the parameter was linked to: member data of `member`, the constant
+    /// of a pool property, or the property itself when that is in no pool (or in another one: then the datum
+    /// of that pool's active member). Where there is no datum, reading gives zeros and writing is ignored.
     [[nodiscard]] float ReadFlexibleValue(int index) const {
         Basic_Parameter const& parameter = FastParam(index);
         if (parameter.owner == MEMBER) {
@@ -198,6 +223,7 @@ public:
     /// For a pool property changes the fast parameter only, until the next RefreshConstants().
     void WriteFlexibleValue(int index, float newValue);
 
+    /// As ReadFlexibleValue().
     [[nodiscard]] Math::Vec3 ReadFlexibleVec3(int index) const {
         Basic_Parameter const& parameter = FastParam(index);
         if (parameter.owner == MEMBER) {
@@ -222,6 +248,7 @@ public:
     /// For a pool property changes the fast parameter only, until the next RefreshConstants().
     void WriteFlexibleVec3(int index, Math::Vec3 newVector);
 
+    /// As ReadFlexibleValue() finds it; an empty selection without a pool when there is none.
     [[nodiscard]] MemberSelection& UseFlexibleMemberSelection(int index) {
         return FastParam(index).owner == MEMBER ? UseMemberMemberSelection(index)
                                                 : UseFlexibleConstMemberSelection(index);
@@ -244,6 +271,7 @@ public:
 
     /// The member at that index of a selection, or Member::NIL.
     [[nodiscard]] static Member UseMemberInSelection(MemberSelection& selection, int index);
+    /// @{
     /// The datum of a member property in the record of a member of its pool; neither is checked.
     [[nodiscard]] static float& UseMemberValueFromProperty(Property& property, Member const& ofMember) {
         return *reinterpret_cast<float*>(ofMember.record + property.dataOffset);
@@ -251,6 +279,7 @@ public:
     [[nodiscard]] static Math::Vec3& UseMemberVectorFromProperty(Property& property, Member const& ofMember) {
         return *reinterpret_cast<Math::Vec3*>(ofMember.record + property.dataOffset);
     }
+    /// @}
 
     /// The property of that name of the selection's base pool, which keeps it alive; null when either is
     /// missing.
@@ -266,7 +295,9 @@ protected:
     /// The place to declare the interface. The library never calls it.
     virtual void CreateParameterInterface();
 
+    /// Possible at any time: no list and no link goes by the name.
     void SetBehaviourName(Util::String const& newName) { name = newName; }
+    /// Null for none. The pool calls it when it links the behaviour; it changes no list of a pool.
     void SetOwnerPool(MemberPool* pool);
 
     /// Appends a copy of the parameter to the interface; null is ignored.
@@ -276,11 +307,14 @@ protected:
     /// Deletes all parameter records. Links and fast parameters stay.
     void ClearParameterInterface();
 
-    // As their visible counterparts above, over the whole interface.
+    /// @{
+    /// As its visible counterpart above, over the whole interface.
     [[nodiscard]] int GetNumInterfaceLinks() const noexcept;
     bool GetInterfaceDescription(int index, Util::String& outName, PropertyOwner& outOwner, PropertyType& outType,
                                  bool& outIntrinsic) const;
     [[nodiscard]] PropertyType GetPropertyTypeFromParameterInterface(int index) const;
+    /// @}
+    /// As LinkPropertyToVisibleInterface(), by link index; but Property::NIL counts as a property of another type.
     bool LinkPropertyToInterface(Util::RefCountPtr<Property> const& property, int linkIndex);
 
     /// Drops all links; their number stays.
@@ -302,10 +336,10 @@ protected:
     Basic_Parameter fastParams[MAX_PARAMETERS];                ///< Filled by the compiler.
     float orderKey = 0.0f;                                     ///< For BehaviourLess(); the library never changes it.
     bool disabled = true;                                      ///< Whether the behaviour is not ready to run.
-    Util::String name;
+    Util::String name;                                         ///< See SetBehaviourName().
     Member member; ///< The member in work, which the accessors read. The derived behaviour sets it.
-    PerformanceStatistics performanceStats;
-    bool debugRenderEnabled = false;
+    PerformanceStatistics performanceStats; ///< See GetPerformaceStats().
+    bool debugRenderEnabled = false;        ///< See GetDebugRenderEnabled().
 
 private:
     friend class MemberPool;

@@ -18,8 +18,11 @@ class GENTRA_EXPORT BehaviourFactory {
 public:
     /// Stores the name; registers nothing.
     explicit BehaviourFactory(Util::String newName) : name(std::move(newName)) {}
+    /// @{
+    /// Copies the name only. Which factories are registered, and under which names, stays as it is.
     BehaviourFactory(BehaviourFactory const&) = default;
     BehaviourFactory& operator=(BehaviourFactory const&) = default;
+    /// @}
     /// Does not unregister the factory.
     ~BehaviourFactory() = default;
 
@@ -30,6 +33,7 @@ public:
 
     /// Registers the factory: ContextManager::RegisterBehaviour.
     void Init();
+    /// The present name, by which ContextManager::GetNewBehaviourFromName finds the factory.
     [[nodiscard]] Util::String GetName() const { return name; }
 
 private:

@@ -33,6 +33,9 @@ class Property;
 ///
 /// A context learns of pools and properties through events, so every context knows all of them, whichever
 /// context a pool was given. The main context (ContextManager::GetMainContext) serves the library itself.
+///
+/// One pass at a time runs in the whole process: one that is started from inside another does nothing. Pools may be
+/// created and destroyed by the listeners and behaviours that a pass calls.
 class GENTRA_EXPORT Context {
 public:
     /// An empty registry that hears every pool and property event from now on. Ends the build guard: a pass
@@ -47,14 +50,17 @@ public:
     /// Leaves the event bus. Pools are not touched. Not to be called inside a pass of this context.
     ~Context();
 
-    // Pools. Those that cannot be found are null.
+    // Pools.
 
+    /// The pool that is registered under that ID, or null.
     [[nodiscard]] MemberPool* GetMemberPoolFromID(Util::ShortID const& id) const;
-    /// The pool of exactly that name; of several the one with the smallest ID.
+    /// The pool of exactly that name, of several the one with the smallest ID, or null.
     [[nodiscard]] MemberPool* GetMemberPoolFromName(Util::String const& poolName) const;
+    /// @{
     /// Fills `out` with all pools, or their names, ascending by ID.
     void GetAllMemberPools(std::vector<MemberPool*>& out) const;
     void GetAllMemberPoolsByName(std::vector<Util::String>& out) const;
+    /// @}
     /// Moves the pool's registration to a new ID; call MemberPool::SetNewMemberPoolID instead. Nothing
     /// happens when the new ID is taken; a registration of another pool under the old ID stays.
     void ChangeMemberPoolID(Util::ShortID oldID, Util::ShortID newID, MemberPool& pool);
@@ -64,21 +70,23 @@ public:
     /// The property that entered a pool under that ID, or Property::NIL.
     [[nodiscard]] Util::RefCountPtr<Property> GetPropertyByID(Util::ShortID id) const;
 
-    // A set of reserved IDs for the host, independent of the properties that exist.
+    /// @{
+    /// A set of reserved IDs for the host, independent of the properties that exist.
     void RegisterPropertyID(Util::ShortID id);
     void UnregisterPropertyID(Util::ShortID id);
     [[nodiscard]] bool IsPropertyIDUsed(Util::ShortID id) const;
+    /// @}
 
-    // A stack of active selections for the host. The context does not own them.
+    // A stack of active selections for the host.
 
+    /// Pushes a selection, which the context does not own and which may be on the stack already.
     void ActivateMemberSelection(MemberSelection& selection);
     /// The top of the stack, or null.
     [[nodiscard]] MemberSelection* GetActiveMemberSelection() const noexcept;
     /// Pops until the selection has been popped; all, when it is not on the stack.
     void DeactivateMemberSelection(MemberSelection& selection);
 
-    // Building. One pass at a time runs in the whole process: one that is started from inside another does
-    // nothing. Pools may be created and destroyed by the listeners and behaviours that a pass calls.
+    // Building.
 
     /// Builds the pools that wait for construction, in the order of their creation, those included that are
     /// created meanwhile. Logs "Build \"%s\" Started...", "Initializing \"%s\"", "Constructing \"%s\"",
@@ -89,8 +97,11 @@ public:
 
     // Services.
 
+    /// @{
+    /// The context's own. Statistics and behaviours use those of the main context.
     [[nodiscard]] PerformanceProfiler& GetPerformanceProfiler() noexcept { return performanceProfiler; }
     [[nodiscard]] SpatialRelations& GetSpatialRelations() noexcept { return spatialRelations; }
+    /// @}
 
 private:
     class MyListener;

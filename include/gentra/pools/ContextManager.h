@@ -24,6 +24,7 @@ class Context;
 /// own them: a registered factory must live as long as the program asks for behaviours.
 class GENTRA_EXPORT ContextManager {
 public:
+    /// Does nothing: there is no state to copy.
     ContextManager& operator=(ContextManager const&) noexcept { return *this; }
 
     /// The one main context, created on first use and never destroyed.

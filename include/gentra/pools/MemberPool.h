@@ -36,6 +36,16 @@ class PropertyTable;
 /// pool is cleared, EVENT_CONSTRUCT is triggered, on which the host adds properties and links behaviours, and
 /// the pool is compiled. All member properties must be added before the first member is created.
 ///
+/// Properties are listed in the order of addition, which is also the order of the record layout. Lookups by name
+/// compare exactly and find pool properties before member properties.
+///
+/// Linking a behaviour also gives each of its unlinked intrinsic parameters a property: shared ones the pool's
+/// property of that name, unique ones a property of their own. A null pointer and Behaviour::NIL are ignored. Each
+/// way of running a behaviour gives it the pool's active member as `current`. A behaviour that is not ready is
+/// skipped; so is one whose member data does not lie where this pool's records have it, with "Error ::
+/// PoolProcessing :: The Behaviour \"%s\" can not be used for the Pool \"%s\", because its Member Properties do not
+/// fit the Members", logged once.
+///
 /// A pool must not be destroyed by a behaviour or an instance-creation functor that it is running; everywhere
 /// else, also in events, it may. While it is cleared nothing can be added: "Error :: Construction :: Nothing
 /// can be added to the Pool \"%s\" while it is cleared".
@@ -65,12 +75,17 @@ public:
     /// Clears the pool and triggers EVENT_DELETED. Pointers to the pool that the library keeps become null.
     ~MemberPool();
 
+    /// Random until SetNewMemberPoolID().
     [[nodiscard]] Util::ShortID const& GetMemberPoolID() const noexcept { return poolID; }
     /// Gives the pool a new ID and returns true, or returns false when the main context knows a pool of that
     /// ID. The IDs of the properties stay.
     bool SetNewMemberPoolID(Util::ShortID id);
+    /// @{
+    /// Empty at first. Need not be unique; no event tells of a new one.
     [[nodiscard]] Util::String const& GetName() const noexcept { return name; }
     void SetName(Util::String const& newName) { name = newName; }
+    /// @}
+    /// The one given at construction.
     [[nodiscard]] Context& GetContext() const noexcept { return context; }
     /// A number of this pool object alone, unique in the process and never -1: the sub-index of the pool's
     /// property events (Property::EVENT).
@@ -80,8 +95,7 @@ public:
     /// Ascending by ID, as signed numbers.
     [[nodiscard]] bool operator<(MemberPool const& other) const noexcept { return poolID < other.poolID; }
 
-    // Properties. Tables keep the order of addition, which is also the order of the record layout. Lookups by
-    // name compare exactly and find pool properties before member properties.
+    // Properties.
 
     /// Adds a member property at the end of the record layout and returns Property::NIL; its ID must be
     /// final.
@@ -99,28 +113,36 @@ public:
     /// Adds a pool property likewise; here every intrinsic property gives way to one of its name.
     Util::RefCountPtr<Property> const& AddPoolProperty(Util::RefCountPtr<Property> property);
 
+    /// @{
     /// Makes a property with PropertyFactory and adds it. An `id` of 0 gives it the default ID: the hash of
     /// its name XOR the pool's ID. Nothing happens for a type that the factory does not make.
     void CreateMemberPropertyFromParameter(Parameter const& parameter, Util::ShortID id);
     void CreatePoolPropertyFromParameter(Parameter const& parameter, Util::ShortID id);
+    /// @}
 
+    /// @{
     /// The property of that ID or name, or Property::NIL.
     [[nodiscard]] Util::RefCountPtr<Property> GetPropertyByID(Util::ShortID id) const;
     [[nodiscard]] Util::RefCountPtr<Property> GetPropertyFromName(Util::String const& propertyName) const;
+    /// @}
     /// The offset in the member record, in bytes, of the member property of that name, or -1.
     [[nodiscard]] int GetDataOffsetFromPropertyName(Util::String const& propertyName) const;
     /// The pool properties, then the member properties.
     [[nodiscard]] std::vector<Util::RefCountPtr<Property>> GetAllProperties() const;
+    /// In the order by which GetDataFromMember() counts.
     [[nodiscard]] std::vector<Util::RefCountPtr<Property>> GetAllMemberProperties() const;
 
-    // Each of these empties `out` first.
+    /// @{
+    /// Fills `out`, which is emptied first, with the properties of that type or their names: the pool properties,
+    /// then the member properties.
     void GetAllPropertiesOfCertainType(std::vector<Util::RefCountPtr<Property>>& out, PropertyType type) const;
     void GetAllPropertiesOfCertainTypeByName(std::vector<Util::String>& out, PropertyType type) const;
     void GetAllValuePropertiesByName(std::vector<Util::String>& out) const;
     void GetAllVectorPropertiesByName(std::vector<Util::String>& out) const;
     void GetAllMemberSelectionPropertiesByName(std::vector<Util::String>& out) const;
+    /// @}
 
-    // Members. See MemberSelection for the operations that also list what they create.
+    // Members.
 
     /// Creates a member from the properties' defaults and runs the member-construction behaviours on it. The
     /// caller lists it. Without member properties returns Member::NIL and logs once "Creating Members without
@@ -130,11 +152,14 @@ public:
     /// it first. Member::NIL is ignored; so is a member that the pool does not have (any more), with "Bug
     /// Report :: MemberPool :: The Pool \"%s\" was asked to delete a Member it does not have", logged once.
     void DeleteMember(Member member);
+    /// @{
     /// The address of a datum, by the member's index in the pool or in `selection` and the property's index
-    /// among the member properties. Null when either is out of range. The address may be unaligned.
+    /// among the member properties. Null when either is out of range, and for a selection of another pool. The
+    /// address may be unaligned.
     [[nodiscard]] unsigned char* GetDataFromMember(int memberIndex, int propertyIndex);
     [[nodiscard]] unsigned char* GetDataFromMemberSelectionMember(MemberSelection& selection, int memberIndex,
                                                                   int propertyIndex);
+    /// @}
 
     // Building, called by the context.
 
@@ -147,9 +172,7 @@ public:
     /// MemberSelectionProperty::SetBasePoolFromID.
     void SetBasePoolsForMemberSelections();
 
-    // Behaviours. Linking also gives each of the behaviour's unlinked intrinsic parameters a property: shared
-    // ones the pool's property of that name, unique ones a property of their own. A null pointer and
-    // Behaviour::NIL are ignored.
+    // Behaviours.
 
     /// Links a behaviour that runs every frame. A behaviour is active or passive in one pool at a time:
     /// "Error :: PoolConstruction :: The Pool \"%s\" cannot use the Behaviour \"%s\", because it's already
@@ -169,10 +192,7 @@ public:
     /// The first of them with that name, or Behaviour::NIL.
     [[nodiscard]] Util::RefCountPtr<Behaviour> GetBehaviourByName(Util::String const& behaviourName) const;
 
-    // Processing. Each way of running a behaviour gives it the pool's active member as `current`. A behaviour
-    // that is not ready is skipped; so is one whose member data does not lie where this pool's records have
-    // it, with "Error :: PoolProcessing :: The Behaviour \"%s\" can not be used for the Pool \"%s\", because
-    // its Member Properties do not fit the Members", logged once.
+    // Processing.
 
     /// One frame: builds the pool if need be, writes the seconds since the previous frame, at most 1, to the
     /// property "TimeElapsed" if there is one, and runs the active behaviours over all members.
@@ -182,13 +202,18 @@ public:
     /// Timing of ProcessMemberPool().
     [[nodiscard]] PerformanceStatistics const& GetPerformaceStats() const noexcept { return performanceStats; }
 
-    /// Runs a behaviour of this pool now, on all members. Another pool's: "Error :: PoolProcessing :: The
-    /// PassiveBehaviour \"%s\" can not be used for the Pool \"%s\", because he does not own that behaviour".
+    /// @{
+    /// Runs a behaviour of this pool now, on all members. A null pointer is ignored. Another pool's: "Error ::
+    /// PoolProcessing :: The PassiveBehaviour \"%s\" can not be used for the Pool \"%s\", because he does not
+    /// own that behaviour".
     void ApplyPassiveBehaviour(Behaviour& behaviour);
     void ApplyPassiveBehaviour(Util::RefCountPtr<Behaviour> const& behaviour);
+    /// @}
+    /// @{
     /// The same on the active member only, which may be Member::NIL. Properties in no pool are not updated.
     void ApplyPassiveBehaviourOnActiveMember(Behaviour& behaviour);
     void ApplyPassiveBehaviourOnActiveMember(Util::RefCountPtr<Behaviour> const& behaviour);
+    /// @}
     /// The same on the members of a selection of this pool. Errors as above with "The Behaviour", and "...
     /// The Behaviour belongs to the Pool \"%s\", but the MemberSelection it should be applied on does not use
     /// that BasePool".

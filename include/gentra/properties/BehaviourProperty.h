@@ -17,8 +17,11 @@ class GENTRA_EXPORT BehaviourProperty : public Property {
 public:
     /// Named "Behaviour Property".
     BehaviourProperty();
+    /// @{
+    /// As Init() makes it. A null `newName` gives the empty name.
     explicit BehaviourProperty(std::string const& newName);
     explicit BehaviourProperty(char const* newName);
+    /// @}
 
     /// Sets the name and the type and no behaviour.
     void Init(std::string const& newName);
@@ -35,6 +38,7 @@ public:
     /// without a behaviour.
     virtual void TriggerBehaviour();
 
+    /// Sets the pool data. The behaviour is not owned; null for none.
     void SetBehaviour(Behaviour* newBehaviour) noexcept { behaviour = newBehaviour; }
 
 private:

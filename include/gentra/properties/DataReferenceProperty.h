@@ -15,8 +15,11 @@ class GENTRA_EXPORT DataReferenceProperty : public Property {
 public:
     /// Named "DataReference Property". The functor may be null and is not owned.
     explicit DataReferenceProperty(InstanceCreationFunctor* newFunctor = nullptr);
+    /// @{
+    /// As Init() makes it. A null `newName` gives the empty name.
     DataReferenceProperty(std::string const& newName, InstanceCreationFunctor* newFunctor);
     DataReferenceProperty(char const* newName, InstanceCreationFunctor* newFunctor);
+    /// @}
 
     /// Sets the name, the type, the functor and a null pool datum.
     void Init(std::string const& newName, InstanceCreationFunctor* newFunctor);

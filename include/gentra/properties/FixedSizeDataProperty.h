@@ -20,10 +20,16 @@ class GENTRA_EXPORT FixedSizeDataProperty : public Property {
 public:
     /// Named "FixedSizeData Property". `newSize` is in bytes. The functor may be null and is not owned.
     FixedSizeDataProperty(unsigned int newSize, InstanceCreationFunctor* newFunctor);
+    /// @{
+    /// As Init() makes it. A null `newName` gives the empty name.
     FixedSizeDataProperty(std::string const& newName, unsigned int newSize, InstanceCreationFunctor* newFunctor);
     FixedSizeDataProperty(char const* newName, unsigned int newSize, InstanceCreationFunctor* newFunctor);
+    /// @}
+    /// @{
+    /// Copies the pool data and shares the functor.
     FixedSizeDataProperty(FixedSizeDataProperty const& other);
     FixedSizeDataProperty& operator=(FixedSizeDataProperty const& other);
+    /// @}
 
     /// Sets the name, the type, the size and the functor, and drops the pool data. While the property has a
     /// place in the records of a pool, the size stays.

@@ -13,8 +13,11 @@ namespace Gentra {
 class GENTRA_EXPORT InstanceCreationFunctor {
 public:
     InstanceCreationFunctor() = default;
+    /// @{
+    /// The base class has no state to copy.
     InstanceCreationFunctor(InstanceCreationFunctor const&) noexcept {}
     InstanceCreationFunctor& operator=(InstanceCreationFunctor const&) noexcept { return *this; }
+    /// @}
 
     // Virtual operations in slot order; compiled plug-ins depend on it.
 

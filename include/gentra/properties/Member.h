@@ -13,8 +13,10 @@ struct Member {
     unsigned char* record = nullptr; ///< The member's data, laid out by its pool; null for NIL.
 
     constexpr Member() noexcept = default;
+    /// The member of that record; null gives NIL.
     explicit constexpr Member(unsigned char* newRecord) noexcept : record(newRecord) {}
 
+    /// False for NIL only: a handle does not know that its member was deleted.
     [[nodiscard]] constexpr bool IsValid() const noexcept { return record != nullptr; }
 
     /// Two members are equal when their records are the same.

@@ -27,16 +27,21 @@ struct SelectionEdits;
 /// Appending costs what it costs a vector. Removing by value or by index and inserting at the cursor do not
 /// move the other members. A cleared selection keeps its memory and is refilled without allocating.
 ///
-/// A selection never owns members. When its base pool is destroyed it has no base pool any more, and the
-/// members in it must not be used.
+/// While the cursor is valid, the active member is the one at the cursor. ActivateNextMember() and
+/// ActivatePreviousMember() wrap around, so a walk ends when FirstMemberActive() is true again.
+///
+/// A selection never owns members: those that are removed stay alive (deleting is MemberPool::DeleteMember). When its
+/// base pool is destroyed it has no base pool any more, and the members in it must not be used.
 class GENTRA_EXPORT MemberSelection {
 public:
     /// An empty selection of members of `newBasePool`, which may be null.
     explicit MemberSelection(MemberPool* newBasePool);
 
+    /// @{
     /// The copy holds the same members in the same order, with its cursor at the same place.
     MemberSelection(MemberSelection const& other);
     MemberSelection& operator=(MemberSelection const& other);
+    /// @}
     ~MemberSelection();
 
     /// The pool of the members, or null.
@@ -44,6 +49,7 @@ public:
 
     // Queries.
 
+    /// Counts unread changes, but does not rebuild.
     [[nodiscard]] int GetNumMembers() {
         if (memberVector.size() < kept) {
             DropVanishedEntries();
@@ -81,11 +87,11 @@ public:
     /// The number of rebuilds so far (wraps at 2^32), without rebuilding.
     [[nodiscard]] unsigned int GetLastRecreationTimeStamp() const noexcept { return recreationTimeStamp; }
 
-    // The cursor. While it is valid, the active member is the one at the cursor. ActivateNextMember() and
-    // ActivatePreviousMember() wrap around, so a walk ends when FirstMemberActive() is true again.
+    // The cursor.
 
     /// The active member, or Member::NIL. Callers may overwrite it; the cursor stays where it is.
     [[nodiscard]] Member& ActiveMember() noexcept { return activeMember; }
+    /// Whether ActiveMember() is not Member::NIL.
     [[nodiscard]] bool IsActiveMemberValid() const noexcept { return activeMember.IsValid(); }
     /// Whether the cursor stands at the first member; false without a valid cursor.
     [[nodiscard]] bool FirstMemberActive() const;
@@ -124,17 +130,21 @@ public:
     /// pool. Does nothing without a base pool or when the pool yields no member.
     void AddNewMember();
 
+    /// @{
     /// Inserts a member, of whatever pool, right behind or before the cursor; false without a valid cursor.
     /// The cursor and the active member stay.
     bool InsertMemberAfterActiveMember(Member member);
     bool InsertMemberBeforeActiveMember(Member member);
+    /// @}
 
-    /// Creates a member in the base pool and inserts it in this selection only. False, with nothing created,
-    /// without a base pool, a new member or a valid cursor.
+    /// @{
+    /// Creates a member in the base pool and inserts it in this selection only. False without
+    /// a base pool or a new member; without a valid cursor the new member is deleted again, and the result is false.
     bool InsertNewMemberAfterActiveMember();
     bool InsertNewMemberBeforeActiveMember();
+    /// @}
 
-    // Removing. The members stay alive; deleting is MemberPool::DeleteMember.
+    // Removing.
 
     /// Removes the member at the cursor, which moves on as by ActivateNextMember(), and returns it;
     /// Member::NIL without a valid cursor. Removing the only member leaves none active.
@@ -155,6 +165,7 @@ public:
     void Clear();
 
 protected:
+    /// Null for none. What is listed stays.
     void SetBasePool(MemberPool* newBasePool);
 
     /// Rebuilds the vector and raises the time stamp.

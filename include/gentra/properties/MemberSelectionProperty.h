@@ -28,10 +28,17 @@ public:
 
     /// Named "MemberSelection Property"; the base pool ID is random, which stands for no pool.
     MemberSelectionProperty();
+    /// @{
+    /// As Init() makes it. A null `newName` gives the empty name.
     explicit MemberSelectionProperty(std::string const& newName);
     explicit MemberSelectionProperty(char const* newName);
+    /// @}
+    /// @{
+    /// Where the pool data of `other` points at a selection that `other` owns, that is copied; one that the host gave
+    /// is shared. The selections of members stay with the property that made them.
     MemberSelectionProperty(MemberSelectionProperty const& other);
     MemberSelectionProperty& operator=(MemberSelectionProperty const& other);
+    /// @}
     ~MemberSelectionProperty();
 
     /// Sets the name and the type and points the pool data at the own selection.

@@ -17,10 +17,10 @@ namespace Gentra {
 /// The full description of a typed datum: a slot of a behaviour's interface, or the base of a property.
 /// A plain value.
 struct GENTRA_EXPORT Parameter : Basic_Parameter {
-    Util::String name;
-    PropertyType type = UNDEFINED;
-    Scope scope = VISIBLE;
-    std::int32_t linkIndex = -1; ///< Position in a behaviour's interface; -1 when it is in none.
+    Util::String name;             ///< Case-sensitive; need not be unique.
+    PropertyType type = UNDEFINED; ///< What the datum is.
+    Scope scope = VISIBLE;         ///< Who links it.
+    std::int32_t linkIndex = -1;   ///< Position in a behaviour's interface; -1 when it is in none.
 
     Parameter() = default;
 
@@ -30,6 +30,8 @@ struct GENTRA_EXPORT Parameter : Basic_Parameter {
     Parameter(PropertyOwner newOwner, PropertyType newType, Util::String const& newName, Scope newScope,
               void* newDefault);
 
+    /// @{
+    /// Plain access to a field; nothing else follows the change.
     void SetPropertyType(PropertyType newType) noexcept { type = newType; }
     [[nodiscard]] PropertyType GetPropertyType() const noexcept { return type; }
     void SetPropertyOwner(PropertyOwner newOwner) noexcept { owner = newOwner; }
@@ -39,15 +41,21 @@ struct GENTRA_EXPORT Parameter : Basic_Parameter {
     void SetDataOffset(int newOffset) noexcept { dataOffset = newOffset; }
     [[nodiscard]] int GetDataOffset() const noexcept { return dataOffset; }
     [[nodiscard]] int GetLinkIndex() const noexcept { return linkIndex; }
+    /// @}
 
+    /// @{
+    /// By `scope`; whatever is not VISIBLE is intrinsic.
     [[nodiscard]] bool IsIntrinsic() const noexcept { return scope != VISIBLE; }
     [[nodiscard]] bool IsSharedIntrinsic() const noexcept { return scope == SHARED_INTRINSIC; }
     [[nodiscard]] bool IsUniqueIntrinsic() const noexcept { return scope == UNIQUE_INTRINSIC; }
     [[nodiscard]] bool IsVisible() const noexcept { return scope == VISIBLE; }
+    /// @}
 
     // The Make family fills an existing parameter for one purpose: each operation sets the fields named by
     // its arguments, and those its comment names, and leaves every other field as it was.
 
+    /// @{
+    /// Sets the fields named by its arguments, and no other.
     void MakeMemberInputParameter(PropertyType newType, Util::String const& newName, int newOffset);
     /// Also sets the type to VALUE.
     void MakeConstantValueInputParameter(Util::String const& newName, float newValue);
@@ -62,6 +70,7 @@ struct GENTRA_EXPORT Parameter : Basic_Parameter {
                                          Scope newScope);
     void MakeInputParameter(PropertyType newType, Util::String const& newName, float newValue, Math::Vec3 newVector,
                             int newOffset);
+    /// @}
 };
 
 } // namespace Gentra

@@ -32,6 +32,9 @@ class MemberSelection;
 /// fails "Path could not be resolved" is logged, once per resolution, and the path leads nowhere: its
 /// operations give null, Member::NIL, Property::NIL or do nothing.
 ///
+/// What the building operations set is looked up when the path is used for the first time after its construction or
+/// Clear(). Null pointers to properties count as NIL, which no context finds.
+///
 /// At each level a path follows one member: the operations NoIndices take the active member of each
 /// selection, the operations UsingIndices the member at a stored index. Resolving may build pools that wait
 /// for construction, with all the events and behaviours of that; none of them may destroy the path.
@@ -42,8 +45,7 @@ public:
 
     // Copies share the properties that are resolved.
 
-    // Building. What these set is looked up from its IDs when the path is used for the first time after its
-    // construction or Clear(). Null pointers to properties count as NIL, which no context finds.
+    // Building.
 
     /// Makes the path an empty one.
     void Clear();
@@ -63,13 +65,14 @@ public:
     /// for a property in no pool.
     void MakeShortestPossiblePathToProperty(Util::RefCountPtr<Property> property);
 
-    // Text. A path is its IDs and the number of levels as decimal numbers with one space between them (root
-    // pool, number, levels, destination; 0 for none), and a NUL. The stream's formatting flags apply.
+    // Text.
 
+    /// Writes the IDs and the number of levels as decimal numbers with one space between them (root pool,
+    /// number, levels, destination; 0 for none), and a NUL. The stream's formatting flags apply.
     void SaveToStream(std::ostream& stream) const;
-    /// Clears the path and reads another. Where the text ends early or holds no number that fits (IDs are
-    /// signed, the count unsigned, both of 32 bits), reading stops with the stream failed, and the path keeps
-    /// what was read. The NUL is left in the stream, but skipped in front of the next path.
+    /// Clears the path and reads another one from such a text. Where the text ends early or holds no number that
+    /// fits (IDs are signed, the count unsigned, both of 32 bits), reading stops with the stream failed, and the
+    /// path keeps what was read. The NUL is left in the stream, but skipped in front of the next path.
     void LoadFromStream(std::istream& stream);
 
     // Resolving.
@@ -82,25 +85,33 @@ public:
     /// Resolves, and reports a failure, if the path has to; returns whether it is resolved.
     bool ResolvePathIfNeccessary();
 
-    // Reading and writing; each resolves first if it has to. A walk ends with no selection when a level holds
-    // none, or when its member data does not lie in the records of the selection that was reached.
+    // Reading and writing; each resolves first if it has to.
 
-    /// The selection that the levels lead to; without levels the root pool. Null when there is none.
+    /// @{
+    /// The selection that the levels lead to; without levels the root pool. Null when there is none, so also when a
+    /// level holds none or its member data does not lie in the records of the selection that was reached.
     [[nodiscard]] MemberSelection* GetDestinationMemberSelectionNoIndices();
     [[nodiscard]] MemberSelection* GetDestinationMemberSelectionUsingIndices();
+    /// @}
+    /// @{
     /// The active member of that selection, or its member at the last index; Member::NIL when there is none.
     [[nodiscard]] Member GetDestinationMemberNoIndices();
     [[nodiscard]] Member GetDestinationMemberUsingIndices();
+    /// @}
+    /// @{
     /// The address of the destination property's datum there, which may be unaligned; null when there is none.
     [[nodiscard]] void const* GetDestinationPropertyDataNoIndices();
     [[nodiscard]] void const* GetDestinationPropertyDataUsingIndices();
+    /// @}
     /// The destination property, without one the property of the last level, else Property::NIL.
     [[nodiscard]] Util::RefCountPtr<Property> GetDestinationPropertyIncludingMemberSelections();
+    /// @{
     /// Stores a selection, which the caller keeps alive, where the last level reads its own. Without levels
     /// logs once "Error : Set MemberSelection not possible, because the Path doesn't point to a
     /// MemberSelection".
     void SetDestinationMemberSelectionNoIndices(MemberSelection* selection);
     void SetDestinationMemberSelectionUsingIndices(MemberSelection* selection);
+    /// @}
     /// The indices, the root pool's first, then one per level, counted from 0. A negative one stands for the
     /// active member, but as the last one, where GetDestinationMemberUsingIndices() then has no member. They
     /// last until the path is resolved again. Where a caller has taken entries out there is no member.

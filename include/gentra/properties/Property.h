@@ -41,9 +41,13 @@ public:
 
     /// A property named "None" with a fresh ID, in no pool.
     Property();
+    /// The same under that name.
     explicit Property(Util::String const& newName);
+    /// @{
+    /// Copies the description, the ID and the owner pool. No table or context lists the result anew.
     Property(Property const& other);
     Property& operator=(Property const& other);
+    /// @}
 
     // Virtual operations in slot order; compiled plug-ins depend on it. There is no virtual destructor:
     // Util::RefCountPtr destroys a property as what it was created as.
@@ -66,6 +70,7 @@ public:
     virtual void OnInstanceDeletion(unsigned char* datum);
     /// Size of the datum in bytes.
     virtual int GetDataSize() const;
+    /// The type of the class, whatever the field `type` says.
     virtual PropertyType GetPropertyType();
     /// Called before each processing of a behaviour that is linked to the property while it is in no pool.
     virtual void Update();
@@ -78,7 +83,9 @@ public:
 
     /// The pool that the property is in, or null.
     [[nodiscard]] MemberPool* GetOwnerPool() const noexcept { return ownerPool.Get(); }
+    /// Null for none. The pool calls it when it adopts the property; it changes no table of a pool.
     void SetOwnerPool(MemberPool* pool);
+    /// Random until SetPropertyID().
     [[nodiscard]] Util::ShortID GetPropertyID() const noexcept { return propertyID; }
     /// Replaces the ID. Tables and contexts that hold the property keep it under the former one.
     void SetPropertyID(Util::ShortID id) noexcept { propertyID = id; }

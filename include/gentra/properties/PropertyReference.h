@@ -32,14 +32,17 @@ class GENTRA_EXPORT PropertyReference {
 public:
     /// A reference to the property "None" of no pool (a random ID); target and default are Property::NIL.
     PropertyReference();
+    /// @{
     /// The copy is bound like `other` and hears events of its own.
     PropertyReference(PropertyReference const& other);
     PropertyReference& operator=(PropertyReference const& other);
+    /// @}
     ~PropertyReference();
 
     /// The property that is referred to, else the default one. What a caller assigns is the target until the
     /// next event or call changes it.
     [[nodiscard]] Util::RefCountPtr<Property>& GetProperty() noexcept { return property; }
+    /// As GetProperty(). Null only where a caller has assigned a null pointer.
     Property* operator->() const noexcept { return property.Get(); }
     /// The ID of that property, of Property::NIL for a null pointer.
     [[nodiscard]] Util::ShortID GetPropertyID() const;
@@ -50,6 +53,7 @@ public:
     [[nodiscard]] Util::ShortID const& GetOwnerPoolID() const noexcept { return ownerPoolID; }
     /// The name of the pool that the reference is bound to; empty for none.
     [[nodiscard]] Util::String GetOwnerPoolName() const;
+    /// The name to look for; the default property may have another.
     [[nodiscard]] Util::String const& GetPropertyName() const noexcept { return propertyName; }
 
     /// Binds to the main context's pool of that ID, if there is one now or as soon as one is created. Nothing

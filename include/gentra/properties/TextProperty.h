@@ -21,14 +21,21 @@ class InstanceStore;
 /// all of them when the property leaves its pool. Their memory lasts as long as the property.
 class GENTRA_EXPORT TextProperty : public Property {
 public:
+    /// 16-bit code units; the library does not look at their encoding.
     using Text = std::basic_string<unsigned short>;
 
     /// Named "Text Property", with an empty pool text.
     TextProperty();
+    /// @{
+    /// As Init() makes it. A null `newName` gives the empty name.
     explicit TextProperty(std::string const& newName);
     explicit TextProperty(char const* newName);
+    /// @}
+    /// @{
+    /// Copies the pool text. The strings of members stay with the property that made them.
     TextProperty(TextProperty const& other);
     TextProperty& operator=(TextProperty const& other);
+    /// @}
     ~TextProperty();
 
     /// Sets the name and the type and points the pool data at the pool text.
@@ -50,12 +57,12 @@ public:
     /// GetCharStringFromPropertyData(GetData()).
     [[nodiscard]] unsigned short* GetText();
 
-    // For a datum as GetData() and its kind give it. A null `datum` gives null, or is ignored.
-
+    /// The string that a datum, as GetData() and its kind give it, points at. It stays the property's. Null for a
+    /// null `datum`.
     [[nodiscard]] static Text* GetStringFromPropertyData(void const* datum);
-    /// The characters, zero-terminated.
+    /// Its characters, zero-terminated; null likewise.
     [[nodiscard]] static unsigned short const* GetCharStringFromPropertyData(void const* datum);
-    /// Assigns zero-terminated characters; a null `text` is ignored.
+    /// Assigns zero-terminated characters; a null `datum` or `text` is ignored.
     static void SetStringToPropertyData(void const* datum, unsigned short const* text);
 
 private:

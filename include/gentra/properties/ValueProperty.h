@@ -15,8 +15,11 @@ class GENTRA_EXPORT ValueProperty : public Property {
 public:
     /// Named "Value Property".
     ValueProperty();
+    /// @{
+    /// As Init() makes it. A null `newName` gives the empty name.
     explicit ValueProperty(std::string const& newName);
     explicit ValueProperty(char const* newName);
+    /// @}
 
     /// Sets the name and the type and the pool data to 0.
     void Init(std::string const& newName);

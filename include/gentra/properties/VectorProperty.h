@@ -15,8 +15,11 @@ class GENTRA_EXPORT VectorProperty : public Property {
 public:
     /// Named "Vector Property".
     VectorProperty();
+    /// @{
+    /// As Init() makes it. A null `newName` gives the empty name.
     explicit VectorProperty(std::string const& newName);
     explicit VectorProperty(char const* newName);
+    /// @}
 
     /// Sets the name and the type and the pool data to (0, 0, 0).
     void Init(std::string const& newName);

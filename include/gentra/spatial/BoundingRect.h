@@ -10,12 +10,16 @@ namespace Gentra {
 
 /// A rectangle in the horizontal plane that grows around points. All arithmetic is in single precision.
 struct BoundingRect {
+    /// @{
+    /// The sides, in world units.
     float minX = 0.0f;
     float minZ = 0.0f;
     float maxX = 0.0f;
     float maxZ = 0.0f;
+    /// @}
     bool empty = true; ///< Whether there was no point yet; all sides are 0 then.
 
+    /// Forgets all points.
     void Reset() noexcept { *this = BoundingRect(); }
 
     /// Includes a point. A coordinate that is not a number is ignored, but in the first point, where it stays.

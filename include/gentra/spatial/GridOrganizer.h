@@ -39,12 +39,16 @@ public:
 
     /// The rectangle of the last Rebuild().
     [[nodiscard]] BoundingRect const& GetBounds() const noexcept { return bounds; }
+    /// @{
     /// Columns along `x` and rows along `z`, 1 to 1000 each; 0 before the first Rebuild().
     [[nodiscard]] int GetColumns() const noexcept { return columns; }
     [[nodiscard]] int GetRows() const noexcept { return rows; }
+    /// @}
+    /// @{
     /// Extents of a cell along `x` and `z`, in world units.
     [[nodiscard]] float GetCellWidth() const noexcept { return cellWidth; }
     [[nodiscard]] float GetCellDepth() const noexcept { return cellDepth; }
+    /// @}
     /// The members of a cell, counted from 0, as of the last Refresh(); none for a cell that does not exist.
     [[nodiscard]] std::span<Member const> GetCell(int column, int row) const noexcept;
 

@@ -61,6 +61,7 @@ public:
 
     /// The organised selection, or null when it has gone.
     [[nodiscard]] MemberSelection* GetSelection() const noexcept { return selection.Get(); }
+    /// The one given at construction.
     [[nodiscard]] Context* GetContext() const noexcept { return context; }
 
 protected:

@@ -39,6 +39,7 @@ protected:
         EventManager* manager; ///< Not owned.
         EventType type;        ///< A copy of the type registered for.
 
+        /// With the same manager, for equal types.
         [[nodiscard]] bool operator==(Registration const& other) const noexcept {
             return manager == other.manager && type == other.type;
         }

@@ -34,6 +34,7 @@ struct EventType {
         return hash == other.hash && (subIndex == other.subIndex || subIndex == -1 || other.subIndex == -1);
     }
 
+    /// By `hash` and `subIndex`; here the wildcard equals no other sub-type.
     [[nodiscard]] bool operator==(EventType const& other) const noexcept {
         return hash == other.hash && subIndex == other.subIndex;
     }

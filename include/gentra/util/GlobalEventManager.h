@@ -21,8 +21,11 @@ namespace Gentra {
 /// Util::EventManager; see there.
 class GENTRA_EXPORT GlobalEventManager {
 public:
+    /// Does nothing: there is no state to copy.
     GlobalEventManager& operator=(GlobalEventManager const&) noexcept { return *this; }
 
+    /// @{
+    /// Does what the operation of that name of Util::EventManager does.
     static Util::EventType* RegisterListener(Util::EventListener* listener, Util::EventType const& type);
     /// Registers for the root type of that name.
     static Util::EventType* RegisterListener(Util::EventListener* listener, Util::String const& name);
@@ -30,6 +33,7 @@ public:
     /// Removes from the root type of that name.
     static void RemoveListener(Util::EventListener* listener, Util::String const& name);
     static void Trigger(Util::Event const& event);
+    /// @}
 
 private:
     [[nodiscard]] static Util::EventManager& GlobalManager();

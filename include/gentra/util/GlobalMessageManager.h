@@ -30,6 +30,7 @@ public:
     /// The longest message that a format can produce, in characters; longer ones are cut.
     static constexpr std::size_t MAX_FORMATTED_LENGTH = 1023;
 
+    /// Does nothing: there is no state to copy.
     GlobalMessageManager& operator=(GlobalMessageManager const&) noexcept { return *this; }
 
     /// Formats as `printf` does, then logs the result. A null format logs nothing.
@@ -43,8 +44,11 @@ public:
     /// Does nothing; a place for a debugger's breakpoint.
     static void OutputDebugMessage(char const* text);
 
+    /// @{
+    /// Does what the operation of that name of Util::MessageManager does.
     static void GetAllMessages(char* buffer, int size);
     static void ClearAllMessages();
+    /// @}
 
 private:
     [[nodiscard]] static Util::MessageManager& GlobalManager();

@@ -18,13 +18,20 @@ namespace Gentra {
 /// high-resolution counter every sample is 0.
 class GENTRA_EXPORT PerformanceStatistics {
 public:
+    /// @{
+    /// The bounds of a sample. Samples of one object do not nest: each stop counts from the last start.
     void SampleStart();
     void SampleStop();
+    /// @}
 
     /// The plain mean over all samples of the period.
     [[nodiscard]] double GetAvgProcessingTime() const noexcept { return average; }
+    /// @{
+    /// The shortest and the longest sample of the period.
     [[nodiscard]] double GetMinProcessingTime() const noexcept { return minimum; }
     [[nodiscard]] double GetMaxProcessingTime() const noexcept { return maximum; }
+    /// @}
+    /// Samples of the period so far.
     [[nodiscard]] unsigned int GetSampleCount() const noexcept { return sampleCount; }
 
 private:

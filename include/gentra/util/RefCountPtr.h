@@ -31,6 +31,7 @@ public:
         return block;
     }
 
+    /// Not atomic.
     void AddReference() noexcept { ++count; }
 
     /// Drops one reference; the last one destroys the object and the block.
@@ -40,6 +41,7 @@ public:
         }
     }
 
+    /// At least 1.
     [[nodiscard]] std::int32_t Count() const noexcept { return count; }
 
 private:
@@ -88,6 +90,7 @@ public:
     requires(!std::same_as<U, T> && std::convertible_to<U*, T*>) RefCountPtr(U* object)
         : ptr(object), count(RefCountBlock::Adopt(object)) {}
 
+    /// Shares the object.
     RefCountPtr(RefCountPtr const& other) noexcept : ptr(other.ptr), count(other.count) { count->AddReference(); }
 
     /// Shares the object of a pointer to a derived class.
@@ -97,6 +100,8 @@ public:
 
     ~RefCountPtr() { count->Release(); }
 
+    /// @{
+    /// Shares the other's object and lets go of the one held so far, which may destroy that. Safe on itself.
     RefCountPtr& operator=(RefCountPtr const& other) {
         Share(other.ptr, other.count);
         return *this;
@@ -107,9 +112,14 @@ public:
         Share(other.ptr, other.count);
         return *this;
     }
+    /// @}
 
+    /// @{
+    /// Nothing checks that the pointer is not null.
     [[nodiscard]] T* operator->() const noexcept { return ptr; }
     [[nodiscard]] T& operator*() const noexcept { return *ptr; }
+    /// @}
+    /// May be null. The object stays owned by those who share it.
     [[nodiscard]] T* Get() const noexcept { return ptr; }
 
     /// Shares the object as the derived class U that it is; a null pointer when it is none.
@@ -124,6 +134,7 @@ public:
     /// The number of RefCountPtr objects that share this object, at least 1.
     [[nodiscard]] int GetCount() const noexcept { return count->Count(); }
 
+    /// Whether the pointers are equal; so two null pointers are.
     template<class U>
     [[nodiscard]] bool operator==(RefCountPtr<U> const& other) const noexcept {
         return ptr == other.Get();

@@ -21,13 +21,20 @@ class ShortID {
 public:
     /// Draws a fresh value from the library-wide random source, see Generate().
     ShortID() : value(Generate()) {}
+    /// @{
+    /// Implicit, so that numbers and IDs stand for each other.
     constexpr ShortID(int id) noexcept : value(id) {}
 
     constexpr operator int() const noexcept { return value; }
+    /// @}
 
+    /// @{
+    /// As signed numbers.
     [[nodiscard]] friend constexpr bool operator==(ShortID const& a, ShortID const& b) noexcept = default;
     [[nodiscard]] friend constexpr auto operator<=>(ShortID const& a, ShortID const& b) noexcept = default;
-    // With a number by the language's own conversions, so that an unsigned hash compares bit by bit.
+    /// @}
+    /// @{
+    /// With a number by the language's own conversions, so that an unsigned hash compares bit by bit.
     template<std::integral I>
     [[nodiscard]] friend constexpr bool operator==(ShortID const& a, I b) noexcept {
         using Common = std::common_type_t<std::int32_t, I>;
@@ -38,6 +45,7 @@ public:
         using Common = std::common_type_t<std::int32_t, I>;
         return static_cast<Common>(a.value) <=> static_cast<Common>(b);
     }
+    /// @}
 
     /// The next value of the library-wide random source.
     ///

@@ -20,8 +20,11 @@ public:
     String() = default;
     /// Copies the zero-terminated characters; a null pointer gives the empty text.
     String(char const* text) : std::string(text != nullptr ? text : "") {}
+    /// @{
+    /// Takes the text whole, zero bytes included.
     String(std::string const& text) : std::string(text) {}
     String(std::string&& text) noexcept : std::string(std::move(text)) {}
+    /// @}
 
     /// The 32-bit hash behind event-type keys and default property IDs; 0 for the empty text.
     ///

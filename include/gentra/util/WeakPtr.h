@@ -20,6 +20,7 @@ class WeakPtr;
 template<class T>
 class WeakSource {
 public:
+    /// `object` is the one that holds the source. Allocates.
     explicit WeakSource(T* object) : block(new Block{object, 1}) {}
     WeakSource(WeakSource const&) = delete;
     WeakSource& operator=(WeakSource const&) = delete;
@@ -55,7 +56,9 @@ template<class T>
 class WeakPtr {
 public:
     constexpr WeakPtr() noexcept = default;
+    /// Watches the source's object.
     explicit WeakPtr(WeakSource<T> const& source) noexcept : block(source.block) { ++block->references; }
+    /// Watches the same object, if it is still there.
     WeakPtr(WeakPtr const& other) noexcept : block(other.block) {
         if (block != nullptr) {
             ++block->references;
@@ -67,6 +70,7 @@ public:
         }
     }
 
+    /// Watches the other's object from now on, and its former one no more.
     WeakPtr& operator=(WeakPtr other) noexcept {
         Block* const previous = block;
         block = other.block;
@@ -76,8 +80,11 @@ public:
 
     /// The object, or null when there is none or it has gone.
     [[nodiscard]] T* Get() const noexcept { return block != nullptr ? block->object : nullptr; }
+    /// @{
+    /// As Get(): nothing checks that it is not null.
     [[nodiscard]] T* operator->() const noexcept { return Get(); }
     operator T*() const noexcept { return Get(); }
+    /// @}
 
 private:
     using Block = typename WeakSource<T>::Block;

@@ -1,0 +1,210 @@
+// Gentra, copyright the Gentra authors.
+// SPDX-License-Identifier: MIT
+
+// A console to try things in: plan pools, have them built, run frames, look at members. "help" lists the commands.
+#include "Behaviours.h"
+#include "Plan.h"
+
+#include <functional>
+#include <iostream>
+#include <sstream>
+
+using namespace Gentra;
+
+namespace {
+
+using Console::Document;
+
+constexpr char const* TYPES[] = {"undefined",      "value",           "vector", "selection", "behaviour",
+                                 "data reference", "fixed-size data", "text"};
+
+/// The words after a command, of which the first is a pool's name.
+struct Arguments {
+    MemberPool& pool;
+    Console::PoolPlan& plan;
+    std::istringstream& words;
+};
+
+/// The next word, or nothing.
+std::string Word(std::istringstream& words) {
+    std::string word;
+    words >> word;
+    return word;
+}
+
+// Planning.
+
+/// member|pool value|vector NAME [NUMBERS]
+bool AddProperty(Arguments const& arguments) {
+    std::string const owner = Word(arguments.words);
+    std::string const type = Word(arguments.words);
+    std::string const name = Word(arguments.words);
+    if ((owner != "member" && owner != "pool") || (type != "value" && type != "vector") || name.empty()) {
+        return false;
+    }
+    Parameter parameter;
+    parameter.MakePropertyCreationParameter(type == "value" ? VALUE : VECTOR, name, false);
+    if (type == "value") {
+        arguments.words >> parameter.value;
+    } else {
+        arguments.words >> parameter.vector.x >> parameter.vector.y >> parameter.vector.z;
+    }
+    arguments.plan.properties.push_back({owner == "member", parameter});
+    return true;
+}
+
+/// KIND [SLOT=PROPERTY ...]
+bool AddBehaviour(Arguments const& arguments) {
+    Console::BehaviourPlan behaviour{Word(arguments.words), {}};
+    for (std::string link; arguments.words >> link;) {
+        std::size_t const sign = link.find('=');
+        if (sign == link.npos) {
+            return false;
+        }
+        behaviour.links[link.substr(0, sign)] = link.substr(sign + 1);
+    }
+    for (Util::String const& kind : ContextManager::GetBehavioursByName()) {
+        if (kind == behaviour.kind) {
+            arguments.plan.behaviours.push_back(behaviour);
+            return true;
+        }
+    }
+    return false;
+}
+
+/// COUNT
+bool PlanMembers(Arguments const& arguments) {
+    return static_cast<bool>(arguments.words >> arguments.plan.members);
+}
+
+/// Forgets the pool's plan.
+bool Forget(Arguments const& arguments) {
+    arguments.plan = {};
+    return true;
+}
+
+// Working with what is built.
+
+/// PROPERTY INDEX NUMBERS
+bool Set(Arguments const& arguments) {
+    Util::RefCountPtr<Property> const property = arguments.pool.GetPropertyFromName(Word(arguments.words));
+    int index = 0;
+    float numbers[3] = {};
+    arguments.words >> index >> numbers[0];
+    bool const isGiven = static_cast<bool>(arguments.words);
+    arguments.words >> numbers[1] >> numbers[2];
+    bool const isNumeric = property->GetPropertyType() == VALUE || property->GetPropertyType() == VECTOR;
+    if (isGiven && isNumeric) {
+        property->SetDataToMemberSelection(numbers, arguments.pool, index);
+    }
+    return isGiven && isNumeric;
+}
+
+/// COUNT
+bool RunFrames(Arguments const& arguments) {
+    int count = 1;
+    arguments.words >> count;
+    for (; count > 0; --count) {
+        arguments.pool.ProcessMemberPool();
+    }
+    return true;
+}
+
+void PrintDatum(Property& property, MemberPool& pool, int index) {
+    void const* const datum = property.GetDataFromMemberSelection(pool, index);
+    if (datum != nullptr && property.GetPropertyType() == VALUE) {
+        std::cout << ' ' << Datum::Read<float>(datum);
+    } else if (datum != nullptr && property.GetPropertyType() == VECTOR) {
+        auto const vector = Datum::Read<Math::Vec3>(datum);
+        std::cout << " (" << vector.x << ' ' << vector.y << ' ' << vector.z << ')';
+    }
+}
+
+bool Show(Arguments const& arguments) {
+    for (auto const& property : arguments.pool.GetAllProperties()) {
+        std::cout << "  " << property->GetName() << ", " << TYPES[property->GetPropertyType()]
+                  << (property->GetPropertyOwner() == MEMBER ? ":" : " of the pool:");
+        int const count = property->GetPropertyOwner() == MEMBER ? arguments.pool.GetNumMembers() : 1;
+        for (int i = 0; i < count; ++i) {
+            PrintDatum(*property, arguments.pool, i);
+        }
+        std::cout << '\n';
+    }
+    for (auto const& behaviour : arguments.pool.GetAllBehaviours()) {
+        std::cout << "  " << behaviour->GetName() << (behaviour->ReadyToUse() ? ", ready\n" : ", not ready\n");
+    }
+    return true;
+}
+
+// Commands.
+
+struct Command {
+    char const* arguments;
+    std::function<bool(Arguments const&)> run;
+};
+std::map<std::string, Command> const COMMANDS = {
+    {"property", {"POOL member|pool value|vector NAME [NUMBERS]", AddProperty}},
+    {"behaviour", {"POOL KIND [SLOT=PROPERTY ...]", AddBehaviour}},
+    {"members", {"POOL COUNT", PlanMembers}},
+    {"forget", {"POOL", Forget}},
+    {"set", {"POOL PROPERTY INDEX NUMBERS", Set}},
+    {"frames", {"POOL [COUNT]", RunFrames}},
+    {"show", {"POOL", Show}},
+};
+
+void PrintHelp() {
+    std::cout << "  pool NAME\n  build\n  log\n";
+    for (auto const& [name, command] : COMMANDS) {
+        std::cout << "  " << name << ' ' << command.arguments << '\n';
+    }
+    std::cout << "behaviours:";
+    for (Util::String const& kind : ContextManager::GetBehavioursByName()) {
+        std::cout << ' ' << kind;
+    }
+    std::cout << '\n';
+}
+
+void PrintLog() {
+    std::vector<char> messages(64 * 1024);
+    GlobalMessageManager::GetAllMessages(messages.data(), static_cast<int>(messages.size()));
+    GlobalMessageManager::ClearAllMessages();
+    std::cout << messages.data();
+}
+
+void Perform(Document& document, std::string const& line) {
+    std::istringstream words(line);
+    std::string const verb = Word(words);
+    if (verb.empty() || verb == "help") {
+        PrintHelp();
+    } else if (verb == "build") {
+        document.Build();
+    } else if (verb == "log") {
+        PrintLog();
+    } else if (verb == "pool") {
+        document.AddPool(Word(words));
+    } else if (auto const command = COMMANDS.find(verb); command != COMMANDS.end()) {
+        std::string const poolName = Word(words);
+        MemberPool* const pool = document.FindPool(poolName);
+        if (pool == nullptr) {
+            std::cout << "there is no pool \"" << poolName << "\"\n";
+        } else if (!command->second.run({*pool, document.Plan(poolName), words})) {
+            std::cout << "this is: " << verb << ' ' << command->second.arguments << '\n';
+        }
+    } else {
+        std::cout << "there is no command \"" << verb << "\"; help lists them\n";
+    }
+}
+
+} // namespace
+
+int main() {
+    Console::RegisterBehaviours();
+    Document document;
+    for (std::string line; std::getline(std::cin, line);) {
+        if (!line.empty() && line.back() == '\r') {
+            line.pop_back();
+        }
+        std::cout << "> " << line << '\n';
+        Perform(document, line);
+    }
+}
