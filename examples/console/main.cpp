@@ -15,8 +15,8 @@ namespace {
 
 using Console::Document;
 
-constexpr char const* TYPES[] = {"undefined",      "value",           "vector", "selection", "behaviour",
-                                 "data reference", "fixed-size data", "text"};
+constexpr char const* TYPES[] = {"undefined", "value",          "vector",          "selection",
+                                 "behaviour", "data reference", "fixed-size data", "text"};
 
 /// The words after a command, of which the first is a pool's name.
 struct Arguments {

@@ -77,8 +77,8 @@ int main() {
         pool.AddPoolProperty(meetings);
         pool.AddPoolProperty(days);
         Util::RefCountPtr<Behaviour> const spread(new Spread);
-        for (auto const& [slot, property] : {std::pair<int, Util::RefCountPtr<Property>>(0, infected), {1, meetings},
-                                             {2, days}}) {
+        for (auto const& [slot, property] :
+             {std::pair<int, Util::RefCountPtr<Property>>(0, infected), {1, meetings}, {2, days}}) {
             spread->LinkPropertyToVisibleInterface(property, slot);
         }
         pool.LinkActiveBehaviour(spread);
@@ -103,7 +103,8 @@ int main() {
         }
         double const passedOn = static_cast<double>(perDay * days->value) / 20;
         double const difference = reached / people.GetNumMembers() - (passedOn > 1 ? KnownShare(passedOn) : 0);
-        std::cout << "passed on to " << passedOn << ": it reaches " << std::lround(100 * reached / people.GetNumMembers())
-                  << " %, " << (std::fabs(difference) < 0.02 ? "as is known\n" : "which it should not\n");
+        std::cout << "passed on to " << passedOn << ": it reaches "
+                  << std::lround(100 * reached / people.GetNumMembers()) << " %, "
+                  << (std::fabs(difference) < 0.02 ? "as is known\n" : "which it should not\n");
     }
 }

@@ -144,114 +144,49 @@ class SelectionModelTest : public testing::TestWithParam<unsigned int> {};
 /// long runs of one, which bring the indexes of members and positions into play.
 void CompareRandomOperations(unsigned int seed, std::size_t variety, unsigned int growth) {
     constexpr int RUN = 600;
-    constexpr std::size_t REMOVE_BY_INDEX = 3;
-    constexpr std::size_t ADD = 99;
+    using namespace Support;
     std::mt19937 random(seed);
-    Support::Pool pool;
+    Pool pool;
     MemberSelection selection(&pool);
     std::vector<Member> const& seen = selection.GetAllMembers();
-    Support::SelectionModel model;
+    SelectionModel model;
     auto const below = [&](std::size_t bound) { return static_cast<std::size_t>(random() % bound); };
 
     for (int step = 0; step < 8 * RUN; ++step) {
-        Member const member = M(below(variety));
         auto const index = static_cast<int>(below(model.list.size() + 2)) - 1;
         bool const inRange = index >= 0 && index < static_cast<int>(model.list.size());
-        auto const at = [&] { return std::next(model.list.begin(), index); };
-        std::size_t operation = below(20 + growth);
+        Member member = M(below(variety));
+        std::size_t operation = below(EDITS + 4 + growth);
         if (step / RUN % 2 != 0) {
-            std::size_t const runs[] = {ADD, below(3), ADD, REMOVE_BY_INDEX};
+            Edit const runs[] = {ADD, REMOVE, ADD, REMOVE_BY_INDEX};
             operation = below(5) == 0 ? ADD : runs[step / RUN / 2];
         }
+        if (operation == REMOVE && inRange && below(3) > 0) { // one that is there, so that long runs of removals happen
+            member = *std::next(model.list.begin(), index);
+        }
         SCOPED_TRACE(testing::Message() << "seed " << seed << " step " << step << " operation " << operation);
-
         switch (operation) {
-        case 0:
-        case 1:
-        case 2: { // mostly a member that is there, so that long runs of removals happen
-            Member const victim = operation > 0 && inRange ? *at() : member;
-            auto const found = std::find(model.list.begin(), model.list.end(), victim);
-            selection.RemoveMember(victim);
-            if (found != model.list.end()) {
-                model.Erase(found);
-            }
-            break;
-        }
-        case REMOVE_BY_INDEX:
-            ASSERT_EQ(selection.RemoveMemberByIndex(index), inRange ? model.Erase(at()) : Member());
-            break;
-        case 4:
-            ASSERT_EQ(selection.RemoveActiveMember(), model.RemoveActive());
-            break;
-        case 5:
-            ASSERT_EQ(selection.RemoveAnyMember(),
-                      model.list.empty() ? Member() : model.Erase(std::prev(model.list.end())));
-            break;
-        case 6:
-        case 7: {
-            auto const insert = operation == 6 ? &MemberSelection::InsertMemberAfterActiveMember
-                                               : &MemberSelection::InsertMemberBeforeActiveMember;
-            ASSERT_EQ((selection.*insert)(member), model.cursorValid);
-            if (model.cursorValid) {
-                model.list.insert(operation == 6 ? std::next(model.cursor) : model.cursor, member);
-                model.outOfDate = true;
-            }
-            break;
-        }
-        case 8:
-            ASSERT_EQ(selection.ActivateFirstMember(), model.First());
-            break;
-        case 9:
-            ASSERT_EQ(selection.ActivateLastMember(), model.Last());
-            break;
-        case 10:
-        case 11:
-            ASSERT_EQ(selection.ActivateNextMember(), model.Next());
-            break;
-        case 12:
-            ASSERT_EQ(selection.ActivatePreviousMember(), model.Previous());
-            break;
-        case 13:
-            selection.ActivateMember(index);
-            model.Rebuild();
-            if (inRange) {
-                model.Activate(at());
-            }
-            break;
-        case 14:
-            selection.ActiveMember() = member;
-            model.active = member;
-            break;
-        case 15: {
-            std::vector<Member> const more(below(40), member);
-            selection.AddMembers(pool, more);
-            model.list.insert(model.list.end(), more.begin(), more.end());
-            model.outOfDate = model.outOfDate || !more.empty();
-            break;
-        }
-        case 16:
+        case EDITS:
             model.Rebuild();
             ASSERT_EQ(&selection.GetAllMembers(), &seen);
             ASSERT_EQ(seen, model.vector);
             break;
-        case 17:
+        case EDITS + 1:
             model.Rebuild();
-            ASSERT_EQ(selection.GetMemberByIndex(index), inRange ? *at() : Member());
+            ASSERT_EQ(selection.GetMemberByIndex(index), inRange ? *std::next(model.list.begin(), index) : Member());
             ASSERT_TRUE(selection.IsTimeStampUpToDate(model.stamp));
             break;
-        case 18:
+        case EDITS + 2:
             selection = MemberSelection(std::as_const(selection));
             break;
-        case 19:
+        case EDITS + 3:
             if (below(20) == 0) {
                 selection.Clear();
                 model = {{}, {}, {}, {}, model.poolActive, false, false, model.stamp};
             }
             break;
         default:
-            selection.AddMember(pool, member);
-            model.list.push_back(member);
-            model.outOfDate = true;
+            ASSERT_NO_THROW(EditBoth(static_cast<Edit>(operation), selection, model, pool, member, index, below(40)));
         }
         ASSERT_EQ(selection.GetNumMembers(), static_cast<int>(model.list.size()));
         ASSERT_EQ(selection.ActiveMember(), model.active);

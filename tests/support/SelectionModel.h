@@ -4,10 +4,13 @@
 #ifndef GENTRA_TESTS_SUPPORT_SELECTIONMODEL_H
 #define GENTRA_TESTS_SUPPORT_SELECTIONMODEL_H
 
-#include <gentra/properties/Member.h>
+#include <gentra/gentra.h>
 
+#include <algorithm>
 #include <iterator>
 #include <list>
+#include <stdexcept>
+#include <string>
 #include <vector>
 
 namespace Support {
@@ -62,6 +65,11 @@ struct SelectionModel {
         }
         return removed;
     }
+    void Remove(Member member) {
+        if (auto const found = std::find(list.begin(), list.end(), member); found != list.end()) {
+            Erase(found);
+        }
+    }
     Member RemoveActive() {
         if (!cursorValid) {
             return Member();
@@ -78,6 +86,89 @@ struct SelectionModel {
         return removed;
     }
 };
+
+/// What can be done to a selection.
+enum Edit : unsigned int {
+    FIRST,
+    LAST,
+    NEXT,
+    PREVIOUS,
+    ACTIVATE,
+    INSERT_AFTER,
+    INSERT_BEFORE,
+    ADD,
+    ADD_MANY,
+    REMOVE,
+    REMOVE_BY_INDEX,
+    REMOVE_ACTIVE,
+    REMOVE_ANY,
+    OVERWRITE_ACTIVE,
+    EDITS
+};
+
+/// Does one thing to a selection and to its model, with a member, an index that may be out of range, and that many
+/// copies. Throws when they answer differently.
+inline void EditBoth(Edit edit, Gentra::MemberSelection& selection, SelectionModel& model, Gentra::MemberPool& pool,
+                     Gentra::Member member, int index, std::size_t copies) {
+    auto const expect = [edit](auto const& answer, auto const& expected) {
+        if (answer != expected) {
+            throw std::logic_error("the answer to edit " + std::to_string(edit));
+        }
+    };
+    bool const inRange = index >= 0 && index < static_cast<int>(model.list.size());
+    auto const at = std::next(model.list.begin(), inRange ? index : 0);
+    switch (edit) {
+    case FIRST:
+        return expect(selection.ActivateFirstMember(), model.First());
+    case LAST:
+        return expect(selection.ActivateLastMember(), model.Last());
+    case NEXT:
+        return expect(selection.ActivateNextMember(), model.Next());
+    case PREVIOUS:
+        return expect(selection.ActivatePreviousMember(), model.Previous());
+    case ACTIVATE:
+        selection.ActivateMember(index);
+        model.Rebuild();
+        if (inRange) {
+            model.Activate(at);
+        }
+        return;
+    case INSERT_AFTER:
+    case INSERT_BEFORE: {
+        auto const insert = edit == INSERT_AFTER ? &Gentra::MemberSelection::InsertMemberAfterActiveMember
+                                                 : &Gentra::MemberSelection::InsertMemberBeforeActiveMember;
+        expect((selection.*insert)(member), model.cursorValid);
+        if (model.cursorValid) {
+            model.list.insert(edit == INSERT_AFTER ? std::next(model.cursor) : model.cursor, member);
+            model.outOfDate = true;
+        }
+        return;
+    }
+    case REMOVE:
+        selection.RemoveMember(member);
+        return model.Remove(member);
+    case REMOVE_BY_INDEX:
+        return expect(selection.RemoveMemberByIndex(index), inRange ? model.Erase(at) : Gentra::Member());
+    case REMOVE_ACTIVE:
+        return expect(selection.RemoveActiveMember(), model.RemoveActive());
+    case REMOVE_ANY:
+        return expect(selection.RemoveAnyMember(),
+                      model.list.empty() ? Gentra::Member() : model.Erase(std::prev(model.list.end())));
+    case OVERWRITE_ACTIVE:
+        selection.ActiveMember() = member;
+        model.active = member;
+        return;
+    case ADD_MANY:
+        selection.AddMembers(pool, std::vector(copies, member));
+        model.list.insert(model.list.end(), copies, member);
+        model.outOfDate = model.outOfDate || copies > 0;
+        return;
+    default:
+        selection.AddMember(pool, member);
+        model.list.push_back(member);
+        model.outOfDate = true;
+    }
+}
 
 } // namespace Support
 

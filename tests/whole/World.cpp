@@ -1182,9 +1182,8 @@ public:
         Member const victim = AsVector(pool.list)[choices.Below(pool.list.list.size())];
         Note("delete member from") << pool.id;
         auto const remove = [&](MemberSelection& selection, Support::SelectionModel& model) {
-            for (auto found = model.list.begin();
-                 (found = std::find(model.list.begin(), model.list.end(), victim)) != model.list.end();) {
-                model.Erase(found);
+            while (std::find(model.list.begin(), model.list.end(), victim) != model.list.end()) {
+                model.Remove(victim);
                 selection.RemoveMember(victim);
             }
             if (model.active == victim) { // as the host had it
@@ -1206,8 +1205,10 @@ public:
     }
 
     void ChangeSelection(MemberSelection& selection, Support::SelectionModel& list, PoolState& pool) {
-        unsigned int const operation = choices.Below(9);
-        Note("selection operation") << operation << " in " << pool.id;
+        // A member that no list holds could not be found again to be deleted, so the pool itself only reorders.
+        bool const isPool = &selection == pool.pool.get();
+        auto const edit = static_cast<Support::Edit>(choices.Below(isPool ? Support::ADD_MANY : Support::EDITS));
+        Note("selection operation") << edit << " in " << pool.id;
         Member member;
         if (!pool.members.empty()) {
             auto entry = pool.members.begin();
@@ -1215,65 +1216,16 @@ public:
             member = Member(entry->first);
         }
         auto const index = static_cast<int>(choices.Below(list.list.size() + 1));
-        bool const isIndex = index < static_cast<int>(list.list.size());
-        auto const at = std::next(list.list.begin(), isIndex ? index : 0);
-        bool const mayGrow = member.IsValid() && list.list.size() < MOST_MEMBERS;
-        // A member that no list holds could not be found again to be deleted, so the pool itself only reorders.
-        bool const isPool = &selection == pool.pool.get();
-        switch (operation) {
-        case 0:
-            Require(selection.ActivateFirstMember() == list.First(), "the first member");
-            break;
-        case 1:
-            Require(selection.ActivatePreviousMember() == list.Previous(), "the previous member");
-            break;
-        case 2:
-            list.poolActive = pool.list.active;
-            Require(selection.ActivateNextMember() == list.Next(), "the next member");
-            if (!isPool) {
-                pool.list.active = list.poolActive;
-            }
-            break;
-        case 3:
-            selection.ActivateMember(index);
-            if (isIndex) {
-                list.Activate(at);
-            }
-            break;
-        case 4:
-            if (!isPool) {
-                Require(selection.RemoveMemberByIndex(index) == (isIndex ? list.Erase(at) : Member()),
-                        "removal by index");
-            }
-            break;
-        case 5:
-            if (!isPool) {
-                Require(selection.RemoveActiveMember() == RemoveActive(list, pool), "removal at the cursor");
-            }
-            break;
-        case 6:
-            if (mayGrow) {
-                Require(selection.InsertMemberBeforeActiveMember(member) == list.cursorValid,
-                        "insertion at the cursor");
-                if (list.cursorValid) {
-                    list.list.insert(list.cursor, member);
-                }
-            }
-            break;
-        default:
-            if (mayGrow) {
-                selection.AddMember(*pool.pool, member);
-                list.list.push_back(member);
-            }
+        bool const grows = edit >= Support::INSERT_AFTER && edit <= Support::ADD_MANY;
+        if (grows && (!member.IsValid() || list.list.size() >= MOST_MEMBERS)) {
+            return;
         }
-    }
-
-    /// Moving on from the removed member makes the next one the pool's active member.
-    Member RemoveActive(Support::SelectionModel& list, PoolState& pool) {
+        // Moving on, also from a removed member, makes the next one the pool's active member.
         list.poolActive = pool.list.active;
-        Member const removed = list.RemoveActive();
-        pool.list.active = list.poolActive;
-        return removed;
+        Support::EditBoth(edit, selection, list, *pool.pool, member, index, choices.Below(4));
+        if (!isPool) {
+            pool.list.active = list.poolActive;
+        }
     }
 
     // References and paths.
