@@ -57,6 +57,7 @@ public:
 
     // Virtual operations in slot order; compiled plug-ins depend on it. The last one is protected, below.
 
+    /// Deletes the parameter records. Pools hold their behaviours, so no list has it any more.
     virtual ~Behaviour();
 
     /// Called just before the pool looks at ReadyToUse(), except for pool-construction behaviours.
