@@ -32,11 +32,15 @@ file(RELATIVE_PATH gentra_pc_to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/gentra.pc.in gentra.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/gentra.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-# Debuggers' views. gdb looks for a file of the library's full name and path.
+# Debuggers' views. gdb looks for a file of the library's full name: beside it, and for what the system has under /usr in
+# a place of its own.
 install(FILES debuggers/gentra.natvis DESTINATION ${CMAKE_INSTALL_DATADIR}/gentra)
 if(UNIX AND gentra_type STREQUAL "SHARED")
-  install(FILES debuggers/gentra-gdb.py
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load${CMAKE_INSTALL_FULL_LIBDIR}
+  set(gentra_gdb_dir ${CMAKE_INSTALL_LIBDIR})
+  if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+    set(gentra_gdb_dir ${CMAKE_INSTALL_DATADIR}/gdb/auto-load${CMAKE_INSTALL_FULL_LIBDIR})
+  endif()
+  install(FILES debuggers/gentra-gdb.py DESTINATION ${gentra_gdb_dir}
     RENAME libgentra.so.${PROJECT_VERSION}-gdb.py COMPONENT runtime)
 endif()
 

@@ -7,6 +7,8 @@ decoded by the layout of the member's pool, which only the library's debug symbo
 libgentra1-dbgsym); without them a member is shown as an address. `print /r` shows what is really there.
 """
 
+import sys
+
 import gdb
 import gdb.printing
 
@@ -33,9 +35,16 @@ def listed(container):
     return [value for _, value in printer.children()] if printer else []
 
 
+def printable(characters):
+    """The text in characters that gdb can print; others are escaped."""
+    charset = gdb.host_charset() if hasattr(gdb, "host_charset") else "ascii"
+    return characters.encode(charset, "backslashreplace").decode(charset)
+
+
 def text(string):
     """The characters of a std::string or Util::String."""
-    return string["_M_dataplus"]["_M_p"].string(length=int(string["_M_string_length"]))
+    letters = memory(int(string["_M_dataplus"]["_M_p"]), int(string["_M_string_length"]))
+    return printable(letters.decode("utf-8", errors="replace"))
 
 
 def target(unique_pointer):
@@ -85,6 +94,10 @@ def holds(pool, address):
     return False
 
 
+def memory(address, length):
+    return bytes(gdb.selected_inferior().read_memory(address, length)) if length else b""
+
+
 def named(name):
     return f'"{name}"' if name else "without a name"
 
@@ -95,7 +108,7 @@ def describe_vector(vector):
 
 def describe_selection(selection):
     pool = watched(selection["basePool"])
-    return f'{count(selection)} members of {named(text(pool["name"])) if pool else "no pool"}'
+    return f'{how_many(selection)} members of {named(text(pool["name"])) if pool else "no pool"}'
 
 
 def datum(address, kind, length):
@@ -119,16 +132,32 @@ def datum(address, kind, length):
             return "behaviour " + named(text(found["name"]))
         if kind == TEXT:
             found = gdb.Value(pointer).cast(gdb.lookup_type("Gentra::TextProperty::Text").pointer())
-            letters = found["_M_dataplus"]["_M_p"]
-            return '"' + "".join(chr(int(letters[i])) for i in range(int(found["_M_string_length"]))) + '"'
+            letters = memory(int(found["_M_dataplus"]["_M_p"]), 2 * int(found["_M_string_length"]))
+            order = "utf-16-le" if sys.byteorder == "little" else "utf-16-be"
+            return '"' + printable(letters.decode(order, errors="replace")) + '"'
         return f"pointer {pointer:#x}"
-    return "bytes " + bytes(gdb.selected_inferior().read_memory(address, length)).hex(" ")
+    return "bytes " + memory(address, length).hex(" ")
+
+
+def order_of(selection):
+    """Which entries of an edited selection are in the list, and how; None without debug symbols of the library."""
+    try:
+        return target(selection["edits"])["order"]
+    except (gdb.error, RuntimeError):
+        return None
 
 
 def count(selection):
+    """The number of members; 0 when only the library's debug symbols could tell."""
     if selection["edited"]:
-        return int(target(selection["edits"])["order"]["liveCount"])
+        order = order_of(selection)
+        return int(order["liveCount"]) if order is not None else 0
     return int(selection["kept"]) + size(selection["appended"])
+
+
+def how_many(selection):
+    is_unknown = selection["edited"] and order_of(selection) is None
+    return "an unknown number of" if is_unknown else count(selection)
 
 
 def entries(selection):
@@ -141,7 +170,9 @@ def entries(selection):
     if not selection["edited"]:
         yield from (at(slot) for slot in range(count(selection)))
         return
-    order = target(selection["edits"])["order"]
+    order = order_of(selection)
+    if order is None:
+        return
     if size(order["links"]) > 0:
         slot = int(order["first"])
         for _ in range(count(selection)):
@@ -162,8 +193,8 @@ class Member:
     def to_string(self):
         if self.address == 0:
             return "Member::NIL"
-        of = f'of {named(text(self.pool["name"]))}' if self.pool is not None else "of no pool that is known"
-        return f"member {of} at {self.address:#x}"
+        of = f' of {named(text(self.pool["name"]))}' if self.pool is not None else ""
+        return f"member{of} at {self.address:#x}"
 
     def children(self):
         if self.pool is None:
@@ -193,7 +224,7 @@ class MemberPool(MemberSelection):
         of = f' of {int(table["recordSize"])} bytes' if table is not None else ""
         state = "compiled" if pool["compiled"] else "not compiled"
         return f'pool {named(text(pool["name"]))}, ID {int(pool["poolID"]["value"])}, {state}, ' \
-               f'{count(pool)} members{of}'
+               f'{how_many(pool)} members{of}'
 
     def children(self):
         properties = target(self.value["poolProperties"])

@@ -25,6 +25,22 @@ struct Arguments {
     std::istringstream& words;
 };
 
+/// Reads a whole number from 0 to a million, or leaves it as it is.
+bool ReadCount(std::istringstream& words, int& count) {
+    constexpr int MOST = 1'000'000;
+    int number = -1;
+    bool const isRead = static_cast<bool>(words >> number) && number >= 0 && number <= MOST;
+    count = isRead ? number : count;
+    return isRead;
+}
+
+/// Reads up to three numbers, as many as there are; false when something else is there.
+bool ReadNumbers(std::istringstream& words, float (&numbers)[3], int& count) {
+    for (count = 0; count < 3 && words >> numbers[count]; ++count) {
+    }
+    return words.eof() || (words >> std::ws).eof();
+}
+
 /// The next word, or nothing.
 std::string Word(std::istringstream& words) {
     std::string word;
@@ -42,13 +58,15 @@ bool AddProperty(Arguments const& arguments) {
     if ((owner != "member" && owner != "pool") || (type != "value" && type != "vector") || name.empty()) {
         return false;
     }
+    float numbers[3] = {};
+    int count = 0;
+    if (!ReadNumbers(arguments.words, numbers, count)) {
+        return false;
+    }
     Parameter parameter;
     parameter.MakePropertyCreationParameter(type == "value" ? VALUE : VECTOR, name, false);
-    if (type == "value") {
-        arguments.words >> parameter.value;
-    } else {
-        arguments.words >> parameter.vector.x >> parameter.vector.y >> parameter.vector.z;
-    }
+    parameter.value = numbers[0];
+    parameter.vector = {numbers[0], numbers[1], numbers[2]};
     arguments.plan.properties.push_back({owner == "member", parameter});
     return true;
 }
@@ -74,7 +92,7 @@ bool AddBehaviour(Arguments const& arguments) {
 
 /// COUNT
 bool PlanMembers(Arguments const& arguments) {
-    return static_cast<bool>(arguments.words >> arguments.plan.members);
+    return ReadCount(arguments.words, arguments.plan.members);
 }
 
 /// Forgets the pool's plan.
@@ -89,21 +107,23 @@ bool Forget(Arguments const& arguments) {
 bool Set(Arguments const& arguments) {
     Util::RefCountPtr<Property> const property = arguments.pool.GetPropertyFromName(Word(arguments.words));
     int index = 0;
+    int count = 0;
     float numbers[3] = {};
-    arguments.words >> index >> numbers[0];
-    bool const isGiven = static_cast<bool>(arguments.words);
-    arguments.words >> numbers[1] >> numbers[2];
     bool const isNumeric = property->GetPropertyType() == VALUE || property->GetPropertyType() == VECTOR;
-    if (isGiven && isNumeric) {
-        property->SetDataToMemberSelection(numbers, arguments.pool, index);
+    if (!isNumeric || !ReadCount(arguments.words, index) || !ReadNumbers(arguments.words, numbers, count) ||
+        count == 0 || property->GetDataFromMemberSelection(arguments.pool, index) == nullptr) {
+        return false;
     }
-    return isGiven && isNumeric;
+    property->SetDataToMemberSelection(numbers, arguments.pool, index);
+    return true;
 }
 
 /// COUNT
 bool RunFrames(Arguments const& arguments) {
     int count = 1;
-    arguments.words >> count;
+    if (!(arguments.words >> std::ws).eof() && !ReadCount(arguments.words, count)) {
+        return false;
+    }
     for (; count > 0; --count) {
         arguments.pool.ProcessMemberPool();
     }
@@ -181,7 +201,12 @@ void Perform(Document& document, std::string const& line) {
     } else if (verb == "log") {
         PrintLog();
     } else if (verb == "pool") {
-        document.AddPool(Word(words));
+        std::string const poolName = Word(words);
+        if (poolName.empty()) {
+            std::cout << "this is: pool NAME\n";
+        } else {
+            document.AddPool(poolName);
+        }
     } else if (auto const command = COMMANDS.find(verb); command != COMMANDS.end()) {
         std::string const poolName = Word(words);
         MemberPool* const pool = document.FindPool(poolName);

@@ -42,7 +42,7 @@ int main() {
     queue.InsertNewMemberBeforeActiveMember();
     print("with a friend let in:", queue.GetAllMembers());
 
-    // A vector that somebody walks does not change under him.
+    // A vector that somebody walks stays as it is until the selection is read again.
     std::vector<Member> const& walked = queue.GetAllMembers();
     unsigned int const stamp = queue.GetLastRecreationTimeStamp();
     std::size_t steps = 0;

@@ -38,7 +38,8 @@ int main() {
     }
     for (int i = 0; i < dogs.GetNumMembers(); ++i) {
         void const* const datum = name->GetDataFromMemberSelection(dogs, i);
-        std::cout << "dog " << i << " is called \"" << Narrow(TextProperty::GetCharStringFromPropertyData(datum)) << "\"\n";
+        std::cout << "dog " << i << " is called \"" << Narrow(TextProperty::GetCharStringFromPropertyData(datum))
+                  << "\"\n";
     }
     dogs.ActivateMember(1);
     std::cout << "the active one has " << TextProperty::GetStringFromPropertyData(name->GetData())->size()

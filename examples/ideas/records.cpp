@@ -30,7 +30,7 @@ int main() {
     }
     std::cout << "the signal is " << Datum::Read<float>(phones.GetDataFromMember(1, 4)) << "\n";
 
-    // With the odd sizes at the end everything before them is aligned, and references are safe.
+    // With sizes that are all multiples of 4 everything is aligned, in every record, and references are safe.
     MemberPool aligned(ContextManager::GetMainContext());
     for (char const* const name : {"Charge", "Signal"}) {
         aligned.AddMemberProperty(new ValueProperty(name));

@@ -1,8 +1,8 @@
 // Gentra, copyright the Gentra authors.
 // SPDX-License-Identifier: MIT
 
-// A slider of an editor: a property in no pool, which is asked for its value before each run of the behaviours that are
-// linked to it.
+// A slider of an editor: a property in no pool, which is asked for its value before the behaviours that are linked to
+// it run over members.
 #include "Builder.h"
 
 #include <iostream>

@@ -24,8 +24,8 @@ public:
     }
 };
 
-/// Copies all members of one pool into another of the same layout, byte by byte. Only for layouts of values and vectors:
-/// other data are pointers.
+/// Copies all members of one pool into another of the same layout, byte by byte. Only for layouts of values and
+/// vectors: other data are pointers.
 void CopyMembers(MemberPool& from, MemberPool& to) {
     int size = 0;
     for (auto const& property : from.GetAllMemberProperties()) {
@@ -52,8 +52,8 @@ int main() {
     CopyMembers(trees, snapshot);
     int const age = trees.GetDataOffsetFromPropertyName("Age");
     auto const tell = [&](char const* what) {
-        std::cout << what << ": " << Datum::Read<float>(trees.GetMemberByIndex(0).record + age) << ", the snapshot says "
-                  << Datum::Read<float>(snapshot.GetMemberByIndex(0).record + age) << "\n";
+        std::cout << what << ": " << Datum::Read<float>(trees.GetMemberByIndex(0).record + age)
+                  << ", the snapshot says " << Datum::Read<float>(snapshot.GetMemberByIndex(0).record + age) << "\n";
     };
     for (int year = 0; year < 90; ++year) {
         trees.ProcessMemberPool();

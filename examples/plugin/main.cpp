@@ -6,22 +6,26 @@
 #include "SharedObject.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 
 using namespace Gentra;
 
 namespace {
 
 /// Opens a plug-in, unless it does not fit.
-bool Open(std::string const& file) {
+bool Open(char const* name) {
+    // By its full path, so that the system opens the file that was read, and no other of its name.
+    std::string const file = std::filesystem::absolute(name).string();
     std::ifstream stream(file, std::ios::binary);
-    std::string const content(std::istreambuf_iterator<char>(stream), {});
-    std::string error = stream ? PlugIn::WhyRefused(content) : "it could not be read";
+    std::ostringstream content;
+    content << stream.rdbuf();
+    std::string error = content ? PlugIn::WhyRefused(content.str()) : "it could not be read";
     auto* const registerFactories =
         error.empty() ? SharedObject::FindFunction(file, PlugIn::ENTRY_POINT, error) : nullptr;
     if (registerFactories == nullptr) {
-        std::fprintf(stderr, "The plug-in %s was left out: %s.\n", file.c_str(), error.c_str());
+        std::fprintf(stderr, "The plug-in %s was left out: %s.\n", name, error.c_str());
         return false;
     }
     registerFactories();

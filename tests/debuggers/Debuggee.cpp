@@ -24,8 +24,8 @@ extern "C" __attribute__((noinline)) void Look(void const*) {
 }
 
 int main() {
-    constexpr unsigned short LETTERS[] = {'h', 'i', 0};
-    unsigned short const* const letters = LETTERS;
+    constexpr unsigned short LETTERS[][3] = {
+        {'h', 'i', 0}, {0xD83D, 0xDE00, 0}, {0xD83D, 0}}; // the last is half a letter
     MemberPool birds(ContextManager::GetMainContext());
     birds.SetName("Birds");
     birds.SetNewMemberPoolID(4711);
@@ -43,7 +43,10 @@ int main() {
     for (weight->value = 0; weight->value < 4; weight->value += 1) {
         birds.AddNewMember();
     }
-    ring->SetDataToMemberSelection(const_cast<unsigned short const**>(&letters), birds, 2);
+    for (int i = 0; i < 3; ++i) {
+        unsigned short const* letters = LETTERS[i];
+        ring->SetDataToMemberSelection(&letters, birds, 2 - i);
+    }
     Member const third = birds.GetMemberByIndex(2);
     Member const nobody;
     MemberSelection flock(&birds);
@@ -57,7 +60,7 @@ int main() {
     Util::RefCountPtr<Property> const shared = wind;
     Util::ShortID const id(-12);
     Util::EventType const& created = MemberPool::EVENT_CREATED;
-    Util::String const name("a name");
+    Util::String const name("a name, \xE9t\xE9"); // not UTF-8
     Util::Event const event(created, 1, 2, nullptr);
     void const* const all[] = {&birds, &third, &nobody, &flock, &drift, &shared, &id, &name, &event};
     Look(all);

@@ -108,8 +108,8 @@ public:
     /// BehaviourTrigger: BEHAVIOUR); without a `scope` it is VISIBLE. Finish before any property is linked.
     ///
     /// The leading number is not used: a parameter's link index is its position in order of declaration. A default
-    /// is the constant of the parameter and the first value of a property made for an intrinsic one; without one
-    /// that is zero. A 17th parameter is refused:
+    /// is what the property made for an intrinsic parameter begins with (else zero); a visible parameter has no use
+    /// for it. A 17th parameter is refused:
     /// "Error\Construction\Behaviour\Parameter \"%s\" could not be added, because a Behaviour can not have
     /// more than 16 Parameters".
     void MemberValue(int unused, char const* parameterName, Scope scope, float defaultValue);
@@ -179,7 +179,7 @@ public:
 
     /// @{
     /// The datum in the record of `member`, by the link index (0 to 15) of a compiled parameter. The reference is
-    /// aligned when all sizes before the datum in the record are multiples of 4, and lasts until members are deleted
+    /// aligned when all sizes in the record are multiples of 4, and lasts until members are deleted
     /// or the pool is cleared.
     ///
     /// Checked in debug builds only, here and below: the index and, for member data, that `member` is valid.

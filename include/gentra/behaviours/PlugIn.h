@@ -27,6 +27,8 @@ namespace Gentra {
 ///
 /// Host and plug-in share one Gentra, so both are linked to the shared library. A plug-in stays open for good: the
 /// library keeps its factories, and behaviours are code.
+///
+/// Read and open the same file, by its full path: what a system finds by a name alone may be another one.
 class GENTRA_EXPORT PlugIn {
 public:
     /// The name of the function that registers a plug-in's factories. It takes nothing, returns nothing and has C
@@ -41,12 +43,7 @@ public:
 
 } // namespace Gentra
 
-#if defined(_WIN32)
-#define GENTRA_PLUG_IN_EXPORT __declspec(dllexport)
-#else
-#define GENTRA_PLUG_IN_EXPORT __attribute__((visibility("default")))
-#endif
-
+/// The size of a pointer in bytes, as a number that the preprocessor can put into a text.
 #if UINTPTR_MAX > 0xFFFFFFFFu
 #define GENTRA_POINTER_SIZE 8
 #else
@@ -60,9 +57,17 @@ public:
         minor) ", pointers of " GENTRA_PLUG_IN_TEXT(pointerSize) " bytes"
 #define GENTRA_PLUG_IN_TEXT(number) #number
 
+/// Whether plug-ins and hosts can share one Gentra.
+#if defined(GENTRA_STATIC_DEFINE)
+#define GENTRA_IS_SHARED false
+#else
+#define GENTRA_IS_SHARED true
+#endif
+
 /// Makes the shared object that it stands in a plug-in, whose factories are registered by `registerFactories`, a
 /// function without parameters. Stands once, outside namespaces.
 #define GENTRA_PLUG_IN(registerFactories)                                                                              \
+    static_assert(GENTRA_IS_SHARED, "a plug-in is linked to the shared library, as its host is");                      \
     extern "C" GENTRA_PLUG_IN_EXPORT char const gentraPlugInStamp[];                                                   \
     char const gentraPlugInStamp[] =                                                                                   \
         GENTRA_PLUG_IN_STAMP(GENTRA_VERSION_MAJOR, GENTRA_VERSION_MINOR, GENTRA_POINTER_SIZE);                         \

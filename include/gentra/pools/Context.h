@@ -92,7 +92,8 @@ public:
     /// created meanwhile. Logs "Build \"%s\" Started...", "Initializing \"%s\"", "Constructing \"%s\"",
     /// "Compiling \"%s\"" and "Building \"%s\" completed" for each.
     void ForceConstructAllMemberPools();
-    /// Clears and builds every pool, ascending by ID.
+    /// Clears and builds every pool, ascending by ID. Pools that are created meanwhile are built when their ID comes
+    /// later; others stay unbuilt until the next such pass.
     void ForceReconstructAllMemberPools();
 
     // Services.

@@ -42,9 +42,9 @@ class PropertyTable;
 /// Linking a behaviour also gives each of its unlinked intrinsic parameters a property: shared ones the pool's
 /// property of that name, unique ones a property of their own. A null pointer and Behaviour::NIL are ignored. Each
 /// way of running a behaviour gives it the pool's active member as `current`. A behaviour that is not ready is
-/// skipped; so is one whose member data does not lie where this pool's records have it, with "Error ::
-/// PoolProcessing :: The Behaviour \"%s\" can not be used for the Pool \"%s\", because its Member Properties do not
-/// fit the Members", logged once.
+/// skipped, but for a pool-construction behaviour, whose own ProcessMembers() decides; so is one whose member data does
+/// not lie where this pool's records have it, with "Error :: PoolProcessing :: The Behaviour \"%s\" can not be used for
+/// the Pool \"%s\", because its Member Properties do not fit the Members", logged once.
 ///
 /// A pool must not be destroyed by a behaviour or an instance-creation functor that it is running; everywhere
 /// else, also in events, it may. While it is cleared nothing can be added: "Error :: Construction :: Nothing
@@ -194,8 +194,9 @@ public:
 
     // Processing.
 
-    /// One frame: builds the pool if need be, writes the seconds since the previous frame, at most 1, to the
-    /// property "TimeElapsed" if there is one, and runs the active behaviours over all members.
+    /// One frame: builds the pool if need be, writes the seconds since it was written last, at most 1 (-1 without a
+    /// clock), to the value of the property "TimeElapsed" if there is one, and runs the active behaviours over all
+    /// members.
     void ProcessMemberPool();
     /// From now on frames process only the member at that index; a negative index stands for all members.
     void SetSingleMemberUpdateIndex(int index) noexcept { singleMemberUpdateIndex = index; }

@@ -72,7 +72,9 @@ public:
     virtual int GetDataSize() const;
     /// The type of the class, whatever the field `type` says.
     virtual PropertyType GetPropertyType();
-    /// Called before each processing of a behaviour that is linked to the property while it is in no pool.
+    /// Called while the property is in no pool, before a behaviour that is linked to it runs over members: in frames,
+    /// and when it is applied to all or to a selection; not when it is applied to the active member or triggered on
+    /// it, nor before a construction behaviour.
     virtual void Update();
 
     /// GetDataFromMemberSelection() of the owner pool's active member; null for a member property without a

@@ -9,6 +9,7 @@
 #include <cstdarg>
 #include <string>
 
+/// Lets compilers compare a format with what follows it; positions are counted from 1.
 #if defined(__GNUC__)
 #define GENTRA_PRINTF_ARGUMENTS(formatIndex, firstIndex) __attribute__((format(printf, formatIndex, firstIndex)))
 #else
