@@ -13,6 +13,10 @@ import gdb
 import gdb.printing
 
 VALUE, VECTOR, MEMBERSELECTION, BEHAVIOUR, DATAREFERENCE, FIXEDSIZEDATA, TEXT = range(1, 8)
+LONGEST_TEXT = 10000  # what is longer is no name, but not constructed
+
+# What reading something raises that is not constructed yet, or no more.
+NOT_THERE = (gdb.error, RuntimeError, OverflowError, MemoryError, AttributeError)
 
 
 # Reading the library's and the standard library's structures.
@@ -43,7 +47,8 @@ def printable(characters):
 
 def text(string):
     """The characters of a std::string or Util::String."""
-    letters = memory(int(string["_M_dataplus"]["_M_p"]), int(string["_M_string_length"]))
+    length = min(int(string["_M_string_length"]), LONGEST_TEXT)
+    letters = memory(int(string["_M_dataplus"]["_M_p"]), length)
     return printable(letters.decode("utf-8", errors="replace"))
 
 
@@ -67,7 +72,7 @@ def known_pools():
         if not context:
             return []
         return [watched(pool) for pool in listed(context["poolsByID"])[1::2] if watched(pool)]
-    except gdb.error:
+    except NOT_THERE:
         return []
 
 
@@ -76,7 +81,7 @@ def layout(pool):
     try:
         table = target(pool["memberProperties"]).dereference()
         return table if table.type.fields() and table["recordSize"] >= 0 else None
-    except (gdb.error, RuntimeError):
+    except NOT_THERE:
         return None
 
 
@@ -143,7 +148,7 @@ def order_of(selection):
     """Which entries of an edited selection are in the list, and how; None without debug symbols of the library."""
     try:
         return target(selection["edits"])["order"]
-    except (gdb.error, RuntimeError):
+    except NOT_THERE:
         return None
 
 
@@ -230,7 +235,7 @@ class MemberPool(MemberSelection):
         properties = target(self.value["poolProperties"])
         try:
             table = target(properties["properties"])
-        except (gdb.error, RuntimeError):
+        except NOT_THERE:
             table = 0  # without debug symbols of the library
         for held in listed(table.dereference()) if table else []:
             yield text(held["ptr"]["name"]), held
@@ -239,7 +244,8 @@ class MemberPool(MemberSelection):
 
 class Property:
     def __init__(self, value):
-        self.value = value.cast(value.dynamic_type) if value.type.code != gdb.TYPE_CODE_REF else value.referenced_value()
+        pointer = value.address  # gdb 13 loses its way when objects themselves are cast
+        self.value = pointer.cast(pointer.dynamic_type).dereference()
 
     def to_string(self):
         value = self.value
@@ -290,7 +296,7 @@ class RefCountPtr:
     def children(self):
         pointer = self.value["ptr"]
         if pointer:
-            yield "object", pointer.cast(pointer.dynamic_type).dereference()
+            yield "object", pointer.dereference()
 
 
 class WeakPtr:
@@ -347,16 +353,45 @@ class Vec3:
         return describe_vector(self.value)
 
 
+class Guarded:
+    """A printer of an object that may not be constructed yet, or no more."""
+
+    def __init__(self, kind, value):
+        try:
+            self.printer = kind(value)
+        except NOT_THERE:
+            self.printer = None
+
+    def to_string(self):
+        try:
+            return self.printer.to_string()
+        except NOT_THERE:
+            return "not constructed, or without debug symbols"
+
+    def children(self):
+        try:
+            yield from getattr(self.printer, "children", tuple)()
+        except NOT_THERE:
+            return
+
+    def display_hint(self):
+        return getattr(self.printer, "display_hint", lambda: None)()
+
+
+def guarded(kind):
+    return lambda value: Guarded(kind, value)
+
+
 def printers():
     collection = gdb.printing.RegexpCollectionPrettyPrinter("gentra")
     for name in ("Member", "MemberSelection", "MemberPool", "Behaviour"):
-        collection.add_printer(name, f"^Gentra::{name}$", globals()[name])
-    collection.add_printer("Property", "^Gentra::[A-Za-z]*Property$", Property)
+        collection.add_printer(name, f"^Gentra::{name}$", guarded(globals()[name]))
+    collection.add_printer("Property", "^Gentra::[A-Za-z]*Property$", guarded(Property))
     for name in ("ShortID", "EventType", "Event", "String"):
-        collection.add_printer(name, f"^Util::{name}$", globals()[name])
-    collection.add_printer("RefCountPtr", "^Util::RefCountPtr<.*>$", RefCountPtr)
-    collection.add_printer("WeakPtr", "^Util::WeakPtr<.*>$", WeakPtr)
-    collection.add_printer("Vec3", "^Math::Vec3$", Vec3)
+        collection.add_printer(name, f"^Util::{name}$", guarded(globals()[name]))
+    collection.add_printer("RefCountPtr", "^Util::RefCountPtr<.*>$", guarded(RefCountPtr))
+    collection.add_printer("WeakPtr", "^Util::WeakPtr<.*>$", guarded(WeakPtr))
+    collection.add_printer("Vec3", "^Math::Vec3$", guarded(Vec3))
     return collection
 
 

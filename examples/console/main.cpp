@@ -5,6 +5,7 @@
 #include "Behaviours.h"
 #include "Plan.h"
 
+#include <algorithm>
 #include <functional>
 #include <iostream>
 #include <sstream>
@@ -25,11 +26,19 @@ struct Arguments {
     std::istringstream& words;
 };
 
+/// The next word, or nothing.
+std::string Word(std::istringstream& words) {
+    std::string word;
+    words >> word;
+    return word;
+}
+
 /// Reads a whole number from 0 to a million, or leaves it as it is.
 bool ReadCount(std::istringstream& words, int& count) {
     constexpr int MOST = 1'000'000;
+    std::istringstream word(Word(words));
     int number = -1;
-    bool const isRead = static_cast<bool>(words >> number) && number >= 0 && number <= MOST;
+    bool const isRead = word >> number && word.eof() && number >= 0 && number <= MOST;
     count = isRead ? number : count;
     return isRead;
 }
@@ -39,13 +48,6 @@ bool ReadNumbers(std::istringstream& words, float (&numbers)[3], int& count) {
     for (count = 0; count < 3 && words >> numbers[count]; ++count) {
     }
     return words.eof() || (words >> std::ws).eof();
-}
-
-/// The next word, or nothing.
-std::string Word(std::istringstream& words) {
-    std::string word;
-    words >> word;
-    return word;
 }
 
 // Planning.
@@ -73,21 +75,21 @@ bool AddProperty(Arguments const& arguments) {
 
 /// KIND [SLOT=PROPERTY ...]
 bool AddBehaviour(Arguments const& arguments) {
-    Console::BehaviourPlan behaviour{Word(arguments.words), {}};
+    Console::BehaviourPlan plan{Word(arguments.words), {}};
+    Util::RefCountPtr<Behaviour> const behaviour = ContextManager::GetNewBehaviourFromName(plan.kind);
     for (std::string link; arguments.words >> link;) {
-        std::size_t const sign = link.find('=');
-        if (sign == link.npos) {
+        std::size_t const sign = std::min(link.find('='), link.size());
+        std::string const slot = link.substr(0, sign);
+        if (sign == link.size() || behaviour->GetLinkIndexFromPropertyName(slot) < 0) {
             return false;
         }
-        behaviour.links[link.substr(0, sign)] = link.substr(sign + 1);
+        plan.links[slot] = link.substr(sign + 1);
     }
-    for (Util::String const& kind : ContextManager::GetBehavioursByName()) {
-        if (kind == behaviour.kind) {
-            arguments.plan.behaviours.push_back(behaviour);
-            return true;
-        }
+    if (behaviour->GetName().empty()) { // nobody makes one of that name
+        return false;
     }
-    return false;
+    arguments.plan.behaviours.push_back(plan);
+    return true;
 }
 
 /// COUNT
@@ -173,7 +175,7 @@ std::map<std::string, Command> const COMMANDS = {
 };
 
 void PrintHelp() {
-    std::cout << "  pool NAME\n  build\n  log\n";
+    std::cout << "  pool NAME\n  build\n  log\n  quit\n";
     for (auto const& [name, command] : COMMANDS) {
         std::cout << "  " << name << ' ' << command.arguments << '\n';
     }
@@ -194,7 +196,10 @@ void PrintLog() {
 void Perform(Document& document, std::string const& line) {
     std::istringstream words(line);
     std::string const verb = Word(words);
-    if (verb.empty() || verb == "help") {
+    if (verb.empty()) {
+        return;
+    }
+    if (verb == "help") {
         PrintHelp();
     } else if (verb == "build") {
         document.Build();
@@ -202,7 +207,7 @@ void Perform(Document& document, std::string const& line) {
         PrintLog();
     } else if (verb == "pool") {
         std::string const poolName = Word(words);
-        if (poolName.empty()) {
+        if (poolName.empty() || !(words >> std::ws).eof()) {
             std::cout << "this is: pool NAME\n";
         } else {
             document.AddPool(poolName);
@@ -222,14 +227,23 @@ void Perform(Document& document, std::string const& line) {
 
 } // namespace
 
-int main() {
+/// With the argument --echo each line is printed again, for sessions that are not typed in.
+int main(int argc, char** argv) {
+    bool const echoes = argc > 1 && std::string(argv[1]) == "--echo";
     Console::RegisterBehaviours();
     Document document;
+    std::cout << "\"help\" lists the commands.\n> " << std::flush;
     for (std::string line; std::getline(std::cin, line);) {
         if (!line.empty() && line.back() == '\r') {
             line.pop_back();
         }
-        std::cout << "> " << line << '\n';
+        if (echoes) {
+            std::cout << line << '\n';
+        }
+        if (line == "quit") {
+            return 0;
+        }
         Perform(document, line);
+        std::cout << "> " << std::flush;
     }
 }

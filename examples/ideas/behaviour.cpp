@@ -23,17 +23,22 @@ public:
     }
 
     void ProcessMembers(std::vector<Member>& members, Member& current) override {
+        MemberSelection near(nullptr);
         for (Member const each : members) {
             current = member = each;
-            StepAwayFrom(UseFlexibleMemberSelection(OTHERS));
+            MemberSelection& others = UseFlexibleMemberSelection(OTHERS);
+            if (near.GetBasePool() != others.GetBasePool()) { // once, where all members see the same others
+                near = MemberSelection(others.GetBasePool());
+            }
+            StepAwayFrom(others, near);
         }
     }
 
 private:
     enum Slot { POSITION, OTHERS, RADIUS, STEP };
 
-    void StepAwayFrom(MemberSelection& others) {
-        MemberSelection near(others.GetBasePool());
+    void StepAwayFrom(MemberSelection& others, MemberSelection& near) {
+        near.Clear();
         Math::Vec3& position = UseMemberVec3(POSITION);
         GetSpatialOrganizer(others).GetMembersInRadius(near, position, ReadFlexibleValue(RADIUS), member);
         Property* const theirs = GetPropertyByName("Position", others);

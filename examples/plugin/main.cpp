@@ -28,7 +28,11 @@ bool Open(char const* name) {
         std::fprintf(stderr, "The plug-in %s was left out: %s.\n", name, error.c_str());
         return false;
     }
+    std::size_t const known = ContextManager::GetBehavioursByName().size();
     registerFactories();
+    if (ContextManager::GetBehavioursByName().size() == known) {
+        std::fprintf(stderr, "The plug-in %s brings no behaviours that were not there.\n", name);
+    }
     return true;
 }
 

@@ -14,12 +14,13 @@ foreach(what IN ITEMS third nobody flock birds wind shared drift id created name
 endforeach()
 execute_process(
   COMMAND gdb --nx --batch ${OPTIONS} -ex "set confirm off" -ex "set debuginfod enabled off" -ex "set width 0" -ex "set host-charset ASCII" -ex "set print pretty on"
-    -ex "break Look" -ex run -ex up ${load} ${show} -ex kill ${PROGRAM}
+    ${load} -ex "break main" -ex "break Look" -ex run -ex "info locals" -ex continue -ex up -ex "info locals"
+    -ex "bt full" ${show} -ex kill ${PROGRAM}
   OUTPUT_VARIABLE printed ERROR_VARIABLE errors RESULT_VARIABLE result)
 string(REGEX REPLACE "^.*\n(\\$1 = )" "\\1" printed "${printed}")
 string(REGEX REPLACE "\\[Inferior [^\n]*\n" "" printed "${printed}")
 string(REGEX REPLACE "0x[0-9a-f]+" "0x?" printed "${printed}")
 file(READ ${EXPECTED} expected)
-if(NOT printed STREQUAL expected)
+if(NOT printed STREQUAL expected OR errors MATCHES "Python Exception|internal-error")
   message(FATAL_ERROR "expected:\n${expected}\nprinted:\n${printed}\nerrors: ${errors}")
 endif()
