@@ -34,7 +34,7 @@ bool Take(std::string_view& text, int& number) {
 /// The first stamp. The words alone may be anywhere, in this library for one, so what follows them counts too.
 std::optional<Stamp> FindStamp(std::string_view file) {
     constexpr std::string_view WORDS = "Gentra plug-in: version ";
-    for (std::size_t at = file.find(WORDS); at != file.npos; at = file.find(WORDS, at + 1)) {
+    for (std::size_t at = file.find(WORDS); at != std::string_view::npos; at = file.find(WORDS, at + 1)) {
         std::string_view text = file.substr(at + WORDS.size());
         Stamp stamp;
         if (Take(text, stamp.major) && Take(text, ".") && Take(text, stamp.minor) && Take(text, ", pointers of ") &&
