@@ -43,7 +43,7 @@ public:
 
 } // namespace Gentra
 
-/// The size of a pointer in bytes, as a number that the preprocessor can put into a text.
+/// The size of a pointer in bytes, 4 or 8, as a number that the preprocessor can put into a text.
 #if UINTPTR_MAX > 0xFFFFFFFFu
 #define GENTRA_POINTER_SIZE 8
 #else
