@@ -44,6 +44,6 @@ if(UNIX AND gentra_type STREQUAL "SHARED")
     RENAME libgentra.so.${PROJECT_VERSION}-gdb.py COMPONENT runtime)
 endif()
 
-if(PROJECT_IS_TOP_LEVEL AND UNIX AND gentra_type STREQUAL "SHARED")
+if(PROJECT_IS_TOP_LEVEL AND CMAKE_SYSTEM_NAME STREQUAL "Linux" AND gentra_type STREQUAL "SHARED")
   include(cmake/Packages.cmake)
 endif()
