@@ -113,7 +113,7 @@ def describe_vector(vector):
 
 def describe_selection(selection):
     pool = watched(selection["basePool"])
-    return f'{how_many(selection)} members of {named(text(pool["name"])) if pool else "no pool"}'
+    return f'{count(selection)} members of {named(text(pool["name"])) if pool else "no pool"}'
 
 
 def datum(address, kind, length):
@@ -144,48 +144,25 @@ def datum(address, kind, length):
     return "bytes " + memory(address, length).hex(" ")
 
 
-def order_of(selection):
-    """Which entries of an edited selection are in the list, and how; None without debug symbols of the library."""
-    try:
-        return target(selection["edits"])["order"]
-    except NOT_THERE:
-        return None
-
-
 def count(selection):
-    """The number of members; 0 when only the library's debug symbols could tell."""
-    if selection["edited"]:
-        order = order_of(selection)
-        return int(order["liveCount"]) if order is not None else 0
-    return int(selection["kept"]) + size(selection["appended"])
-
-
-def how_many(selection):
-    is_unknown = selection["edited"] and order_of(selection) is None
-    return "an unknown number of" if is_unknown else count(selection)
+    end = selection["listEnd"].dereference()
+    return int(end["before"]) + int(end["next"] - end["first"])
 
 
 def entries(selection):
-    """The members of a selection in order, also while its vector is not up to date."""
-    kept = int(selection["kept"])
-
-    def at(slot):
-        return item(selection["memberVector"], slot) if slot < kept else item(selection["appended"], slot - kept)
-
-    if not selection["edited"]:
-        yield from (at(slot) for slot in range(count(selection)))
-        return
-    order = order_of(selection)
-    if order is None:
-        return
-    if size(order["links"]) > 0:
-        slot = int(order["first"])
-        for _ in range(count(selection)):
-            yield at(slot)
-            slot = int(item(order["links"], slot)["next"])
-        return
-    for number, word in enumerate(elements(order["live"])):
-        yield from (at(64 * number + bit) for bit in range(64) if int(word) >> bit & 1)
+    """The members of a selection in order, also while its vector is not up to date; of a list in several pieces only
+    with the library's debug symbols."""
+    end = selection["listEnd"].dereference()
+    try:
+        members = target(selection["entries"])
+        chunks, number, last = members["chunks"], int(members["firstChunk"]), int(members["lastChunk"])
+    except NOT_THERE:
+        chunks, number, last = None, 0, 0
+    while number != last:
+        chunk = item(chunks, number)
+        yield from (target(chunk["members"])[i] for i in range(int(chunk["size"])))
+        number = int(chunk["next"])
+    yield from (end["first"][i] for i in range(int(end["next"] - end["first"])))
 
 
 # The printers.
@@ -229,7 +206,7 @@ class MemberPool(MemberSelection):
         of = f' of {int(table["recordSize"])} bytes' if table is not None else ""
         state = "compiled" if pool["compiled"] else "not compiled"
         return f'pool {named(text(pool["name"]))}, ID {int(pool["poolID"]["value"])}, {state}, ' \
-               f'{how_many(pool)} members{of}'
+               f'{count(pool)} members{of}'
 
     def children(self):
         properties = target(self.value["poolProperties"])

@@ -3,7 +3,7 @@
 
 #include "gentra/properties/MemberSelection.h"
 
-#include "SelectionEdits.h"
+#include "MemberList.h"
 
 #include "gentra/util/GlobalMessageManager.h"
 
@@ -16,38 +16,36 @@ namespace Gentra {
 
 namespace {
 
-constexpr std::uint32_t NO_SLOT = SlotOrder::NONE;
-
-/// Building the index of members costs about as much as looking at each member this many times.
-constexpr std::size_t SEARCHES_PER_INDEX = 4;
-/// Below this size a search is cheaper than any index.
-constexpr std::size_t SMALLEST_INDEXED = 64;
+/// The end of the list of every selection that has none. Nobody writes to it: there is no room.
+constinit MemberListEnd noList;
 
 } // namespace
 
-MemberSelection::MemberSelection(MemberPool* newBasePool) {
+MemberSelection::MemberSelection(MemberPool* newBasePool) : listEnd(&noList) {
     SetBasePool(newBasePool);
 }
 
 MemberSelection::MemberSelection(MemberSelection const& other)
-    : basePool(other.basePool), memberVector(other.memberVector), appended(other.appended),
-      edits(other.edited ? std::make_unique<SelectionEdits>(*other.edits) : nullptr), kept(other.kept),
-      cursor(other.cursor), recreationTimeStamp(other.recreationTimeStamp), activeMember(other.activeMember),
-      changed(other.changed), cursorValid(other.cursorValid), edited(other.edited) {}
+    : basePool(other.basePool), memberVector(other.memberVector), listEnd(&noList),
+      entries(other.entries != nullptr ? std::make_unique<MemberList>(*other.entries) : nullptr),
+      recreationTimeStamp(other.recreationTimeStamp), activeMember(other.activeMember),
+      changed(other.changed || other.listEnd->next != other.readUpTo) {
+    if (entries != nullptr) {
+        listEnd = entries.get();
+        readUpTo = listEnd->next;
+    }
+}
 
 MemberSelection& MemberSelection::operator=(MemberSelection const& other) {
     MemberSelection copy(other);
     basePool = copy.basePool;
     memberVector.swap(copy.memberVector);
-    appended.swap(copy.appended);
-    edits.swap(copy.edits);
-    kept = copy.kept;
-    cursor = copy.cursor;
+    listEnd = copy.listEnd;
+    readUpTo = copy.readUpTo;
+    entries.swap(copy.entries);
     recreationTimeStamp = copy.recreationTimeStamp;
     activeMember = copy.activeMember;
     changed = copy.changed;
-    cursorValid = copy.cursorValid;
-    edited = copy.edited;
     return *this;
 }
 
@@ -64,29 +62,62 @@ Util::WeakPtr<MemberSelection> MemberSelection::Watch() {
     return Util::WeakPtr<MemberSelection>(*life);
 }
 
+MemberList& MemberSelection::List() {
+    if (entries == nullptr) {
+        entries = std::make_unique<MemberList>();
+        listEnd = entries.get();
+    }
+    return *entries;
+}
+
+void MemberSelection::RecreateMemberVector() {
+    std::size_t const count = Count();
+    if (memberVector.capacity() < count) {
+        // Doubling would waste up to half of a large population's vector.
+        std::vector<Member> larger;
+        larger.reserve(memberVector.empty() ? count : count + count / 16);
+        memberVector.swap(larger);
+    }
+    memberVector.clear();
+    List().Read(memberVector);
+    readUpTo = listEnd->next;
+    changed = false;
+    ++recreationTimeStamp;
+}
+
 // The cursor.
 
-bool MemberSelection::FirstMemberActive() const {
-    return cursorValid && cursor == FirstSlot();
+/// Moves the cursor to the place that `move` finds, and makes the member there active; without a place there is none.
+template<class Move>
+bool MemberSelection::MoveCursor(Move const& move) {
+    if (entries == nullptr) {
+        activeMember = Member();
+        return false;
+    }
+    entries->cursor = move(*entries);
+    activeMember = entries->cursor.IsValid() ? entries->At(entries->cursor) : Member();
+    return entries->cursor.IsValid();
+}
+
+bool MemberSelection::FirstMemberActive() const noexcept {
+    return entries != nullptr && entries->cursor.IsValid() && entries->cursor == entries->First();
 }
 
 bool MemberSelection::ActivateFirstMember() {
-    DropVanishedEntries();
-    return ActivateSlot(FirstSlot());
+    return MoveCursor([](MemberList const& members) { return members.First(); });
 }
 
 bool MemberSelection::ActivateLastMember() {
-    DropVanishedEntries();
-    return ActivateSlot(LastSlot());
+    return MoveCursor([](MemberList const& members) { return members.Last(); });
 }
 
 bool MemberSelection::ActivateNextMember() {
-    DropVanishedEntries();
-    Slot const next = cursorValid ? NextSlot(cursor) : NO_SLOT;
-    if (next == NO_SLOT) {
+    MemberList::Place const next =
+        entries != nullptr && entries->cursor.IsValid() ? entries->Next(entries->cursor) : MemberList::Place();
+    if (!next.IsValid()) {
         return ActivateFirstMember();
     }
-    ActivateSlot(next);
+    MoveCursor([&](MemberList const&) { return next; });
     if (MemberPool* const pool = basePool) {
         pool->ActiveMember() = activeMember;
     }
@@ -94,56 +125,48 @@ bool MemberSelection::ActivateNextMember() {
 }
 
 bool MemberSelection::ActivatePreviousMember() {
-    DropVanishedEntries();
-    Slot const previous = cursorValid ? PreviousSlot(cursor) : NO_SLOT;
-    return previous != NO_SLOT ? ActivateSlot(previous) : ActivateLastMember();
+    return MoveCursor([](MemberList const& members) {
+        MemberList::Place const previous =
+            members.cursor.IsValid() ? members.Previous(members.cursor) : MemberList::Place();
+        return previous.IsValid() ? previous : members.Last();
+    });
 }
 
 void MemberSelection::ActivateMember(int index) {
     BringUpToDate();
-    DropVanishedEntries();
-    if (index >= 0 && static_cast<Slot>(index) < EntryCount()) {
-        ActivateSlot(SlotAtIndex(static_cast<Slot>(index)));
+    if (index >= 0 && static_cast<std::uint32_t>(index) < Count()) {
+        MoveCursor([&](MemberList& members) { return members.AtPosition(static_cast<std::uint32_t>(index)); });
     }
 }
 
 void MemberSelection::ClearActiveMember() noexcept {
-    activeMember = Member();
-    cursorValid = false;
-}
-
-/// Leaves the active member alone: it is the host's where it differs from the one at the cursor.
-void MemberSelection::MoveCursorTo(Slot slot) noexcept {
-    cursor = slot;
-    cursorValid = slot != NO_SLOT;
-}
-
-/// Activates the slot, or clears the active member when there is none.
-bool MemberSelection::ActivateSlot(Slot slot) noexcept {
-    MoveCursorTo(slot);
-    activeMember = cursorValid ? At(slot) : Member();
-    return cursorValid;
+    MoveCursor([](MemberList const&) { return MemberList::Place(); });
 }
 
 // Adding.
 
 void MemberSelection::AddMembers(MemberPool& pool, std::vector<Member> const& members) {
-    if (basePool.Get() != &pool) {
-        return;
-    }
-    AppendRange(members.data(), members.size());
-}
-
-void MemberSelection::AppendRangeEdited(Member const* first, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) {
-        Append(first[i]);
+    if (basePool.Get() == &pool) {
+        AppendRange(members.data(), members.size());
     }
 }
 
-/// Creates a member in the base pool and lets `list` take it; a member that it does not take, or that there is no
-/// memory to list, goes again. Member::NIL for none.
-template<class List>
-Member MemberSelection::ListNewMember(List const& list) {
+void MemberSelection::AppendRange(Member const* first, std::size_t count) {
+    if (count > 0) {
+        List().AppendRange(first, count);
+        changed = true;
+    }
+}
+
+void MemberSelection::AppendWithRoom(Member member) {
+    List().Append(member);
+    changed = true;
+}
+
+/// Creates a member in the base pool and lets `take` list it; a member that is not taken, or that there is no memory to
+/// list, goes again. Member::NIL for none.
+template<class Take>
+Member MemberSelection::ListNewMember(Take const& take) {
     MemberPool* const pool = basePool;
     Member const member = pool != nullptr ? pool->CreateNewMember() : Member();
     if (!member.IsValid()) {
@@ -151,7 +174,7 @@ Member MemberSelection::ListNewMember(List const& list) {
     }
     bool isListed = false;
     try {
-        isListed = list(member);
+        isListed = take(member);
     } catch (...) {
         pool->DeleteMember(member);
         throw;
@@ -194,45 +217,12 @@ bool MemberSelection::InsertNewAtCursor(bool behind) {
 }
 
 bool MemberSelection::InsertAtCursor(Member member, bool behind) {
-    DropVanishedEntries();
-    if (!cursorValid) {
+    if (entries == nullptr || !entries->cursor.IsValid()) {
         return false;
     }
-    if (behind && cursor == LastSlot()) {
-        Append(member);
-        return true;
-    }
-    BeginEdits();
-    AddEdited(member, [&](SlotOrder& order) { behind ? order.InsertAfter(cursor) : order.InsertBefore(cursor); });
+    entries->InsertAtCursor(member, behind);
+    changed = true;
     return true;
-}
-
-void MemberSelection::AppendEdited(Member member) {
-    DropVanishedEntries();
-    if (!edited) { // any more
-        Append(member);
-        return;
-    }
-    AddEdited(member, [](SlotOrder& order) { order.Append(); });
-}
-
-/// Stores the member in a new slot and puts that into the order. If memory runs out nothing changes.
-template<class AddToOrder>
-void MemberSelection::AddEdited(Member member, AddToOrder const& addToOrder) {
-    appended.push_back(member);
-    try {
-        addToOrder(edits->order);
-    } catch (...) {
-        appended.pop_back();
-        throw;
-    }
-    if (edits->index.IsBuilt()) {
-        try {
-            edits->index.Add(SlotCount() - 1, member, edits->order, [this](Slot slot) { return At(slot); });
-        } catch (...) {
-            edits->index.Drop(); // it only saves searching
-        }
-    }
 }
 
 void MemberSelection::ReportForeignPool(MemberPool& pool) const {
@@ -245,68 +235,52 @@ void MemberSelection::ReportForeignPool(MemberPool& pool) const {
 
 // Removing.
 
-Member MemberSelection::RemoveActiveMember() {
-    DropVanishedEntries();
-    if (!cursorValid) {
+/// Removes the entry that `find` names, if any, and returns its member.
+template<class Find>
+Member MemberSelection::Remove(Find const& find) {
+    MemberList::Place const place = entries != nullptr ? find(*entries) : MemberList::Place();
+    if (!place.IsValid()) {
         return Member();
     }
-    Slot const removed = cursor;
-    Member const member = At(removed);
-    if (EntryCount() < 2) {
+    bool const wasAtCursor = entries->cursor == place;
+    Member const member = entries->Erase(place);
+    changed = true;
+    if (member == activeMember) {
+        ActivateFirstMember();
+    } else if (wasAtCursor) {
+        // The host has overwritten the active member, which is its own: only the cursor moves on.
+        entries->cursor = entries->First();
+    }
+    return member;
+}
+
+Member MemberSelection::RemoveActiveMember() {
+    if (entries == nullptr || !entries->cursor.IsValid()) {
+        return Member();
+    }
+    MemberList::Place const place = entries->cursor;
+    if (Count() < 2) {
         ClearActiveMember();
     } else {
         ActivateNextMember();
     }
-    EraseSlot(removed);
-    return member;
+    changed = true;
+    return entries->Erase(place);
 }
 
 Member MemberSelection::RemoveMemberByIndex(int index) {
-    DropVanishedEntries();
-    if (index < 0 || static_cast<Slot>(index) >= EntryCount()) {
+    if (index < 0 || static_cast<std::uint32_t>(index) >= Count()) {
         return Member();
     }
-    return RemoveSlot(SlotAtIndex(static_cast<Slot>(index)));
+    return Remove([&](MemberList& members) { return members.AtPosition(static_cast<std::uint32_t>(index)); });
 }
 
 void MemberSelection::RemoveMember(Member member) {
-    DropVanishedEntries();
-    Slot const slot = FindFirst(member);
-    if (slot != NO_SLOT) {
-        RemoveSlot(slot);
-    }
+    Remove([&](MemberList& members) { return members.Find(member); });
 }
 
 Member MemberSelection::RemoveAnyMember() {
-    DropVanishedEntries();
-    return EntryCount() > 0 ? RemoveSlot(LastSlot()) : Member();
-}
-
-Member MemberSelection::RemoveSlot(Slot slot) {
-    Member const member = At(slot);
-    EraseSlot(slot);
-    if (member == activeMember) {
-        ActivateFirstMember();
-    } else if (cursorValid && cursor == slot) {
-        // The host has overwritten the active member: the cursor must not stay on an entry that has gone.
-        MoveCursorTo(FirstSlot());
-    }
-    return member;
-}
-
-void MemberSelection::EraseSlot(Slot slot) {
-    if (!edited && slot + 1 == SlotCount()) {
-        // The end of the list comes off without further ado; the vector stays as it was read.
-        if (!appended.empty()) {
-            appended.pop_back();
-        } else {
-            --kept;
-        }
-    } else {
-        BeginEdits();
-        edits->order.Erase(slot);
-    }
-    changed = true;
+    return Remove([](MemberList const& members) { return members.Last(); });
 }
 
 void MemberSelection::SetMemberCount(int count) {
@@ -320,202 +294,14 @@ void MemberSelection::SetMemberCount(int count) {
     }
 }
 
-void MemberSelection::Clear() {
+void MemberSelection::Clear() noexcept {
     memberVector.clear();
-    appended.clear();
-    // The first members to come are appended: let them find the memory that is there.
-    if (appended.capacity() < memberVector.capacity()) {
-        appended.swap(memberVector);
+    activeMember = Member();
+    if (entries != nullptr) {
+        entries->Clear();
     }
-    edited = false;
-    kept = 0;
+    readUpTo = listEnd->next;
     changed = false;
-    ClearActiveMember();
-}
-
-// The list behind it.
-
-SelectionEdits& MemberSelection::Edits() {
-    if (edits == nullptr) {
-        edits = std::make_unique<SelectionEdits>();
-    }
-    return *edits;
-}
-
-void MemberSelection::BeginEdits() {
-    if (edited) {
-        return;
-    }
-    Edits().order.Start(SlotCount());
-    edits->index.Drop();
-    edited = true;
-}
-
-/// A host that shrinks the vector it was given takes entries out of the list; nothing may be read where they
-/// were. What is left becomes the appended entries of an empty vector, so that the vector itself, which
-/// somebody may be walking, stays as the host made it.
-void MemberSelection::DropVanishedEntries() {
-    if (memberVector.size() >= kept) {
-        return;
-    }
-    std::vector<Member> left;
-    left.reserve(SlotCount());
-    Slot newCursor = NO_SLOT;
-    for (Slot slot = FirstSlot(); slot != NO_SLOT; slot = NextSlot(slot)) {
-        if (slot >= kept || slot < memberVector.size()) {
-            newCursor = slot == cursor ? static_cast<Slot>(left.size()) : newCursor;
-            left.push_back(At(slot));
-        }
-    }
-    appended.swap(left);
-    kept = 0;
-    edited = false;
-    changed = true;
-    if (cursorValid && newCursor == NO_SLOT) {
-        ActivateSlot(FirstSlot());
-    } else if (cursorValid) {
-        MoveCursorTo(newCursor);
-    }
-}
-
-void MemberSelection::ForgetIndex() noexcept {
-    edits->index.Drop();
-}
-
-MemberSelection::Slot MemberSelection::EditedCount() const noexcept {
-    return edits->order.Count();
-}
-
-MemberSelection::Slot MemberSelection::FirstSlot() const noexcept {
-    if (edited) {
-        return edits->order.First();
-    }
-    return EntryCount() > 0 ? 0 : NO_SLOT;
-}
-
-MemberSelection::Slot MemberSelection::LastSlot() const noexcept {
-    if (edited) {
-        return edits->order.Last();
-    }
-    return EntryCount() > 0 ? EntryCount() - 1 : NO_SLOT;
-}
-
-MemberSelection::Slot MemberSelection::NextSlot(Slot slot) const noexcept {
-    if (edited) {
-        return edits->order.Next(slot);
-    }
-    return slot + 1 < EntryCount() ? slot + 1 : NO_SLOT;
-}
-
-MemberSelection::Slot MemberSelection::PreviousSlot(Slot slot) const noexcept {
-    if (edited) {
-        return edits->order.Previous(slot);
-    }
-    return slot > 0 ? slot - 1 : NO_SLOT;
-}
-
-MemberSelection::Slot MemberSelection::SlotAtIndex(Slot index) {
-    return edited ? edits->order.AtPosition(index) : index;
-}
-
-MemberSelection::Slot MemberSelection::FindFirst(Member member) {
-    auto const memberAt = [this](Slot slot) { return At(slot); };
-    std::size_t& searched = Edits().searched;
-    if (edited && edits->index.IsBuilt()) {
-        return edits->index.Find(member, edits->order, memberAt);
-    }
-    if (EntryCount() >= SMALLEST_INDEXED && searched >= SEARCHES_PER_INDEX * EntryCount()) {
-        BeginEdits();
-        edits->index.Build(edits->order, memberAt);
-        searched = 0;
-        return edits->index.Find(member, edits->order, memberAt);
-    }
-    if (edited && !edits->order.IsAscending()) {
-        Slot slot = FirstSlot();
-        while (slot != NO_SLOT && At(slot) != member) {
-            ++searched;
-            slot = NextSlot(slot);
-        }
-        return slot;
-    }
-    // In ascending order the two vectors are searched straight through; only a hit need not be a member any
-    // more.
-    auto const searchIn = [&](std::vector<Member> const& entries, Slot count, Slot firstSlot) {
-        for (Slot i = 0; i < count; ++i) {
-            auto const from = entries.begin() + static_cast<std::ptrdiff_t>(i);
-            auto const end = entries.begin() + static_cast<std::ptrdiff_t>(count);
-            auto const found = std::find(from, end, member);
-            searched += static_cast<std::size_t>(found - from);
-            i = static_cast<Slot>(found - entries.begin());
-            if (i < count && (!edited || edits->order.IsLive(firstSlot + i))) {
-                return firstSlot + i;
-            }
-        }
-        return NO_SLOT;
-    };
-    Slot const inVector = searchIn(memberVector, kept, 0);
-    return inVector != NO_SLOT ? inVector : searchIn(appended, static_cast<Slot>(appended.size()), kept);
-}
-
-void MemberSelection::RecreateMemberVector() {
-    DropVanishedEntries();
-    if (edited) {
-        TakeOverEdits();
-    } else {
-        TakeOverAppended();
-    }
-    kept = static_cast<Slot>(memberVector.size());
-    if (edits != nullptr) {
-        edits->searched = 0;
-    }
-    ++recreationTimeStamp;
-    changed = false;
-}
-
-void MemberSelection::TakeOverAppended() {
-    memberVector.resize(kept);
-    if (kept == 0) {
-        memberVector.swap(appended);
-        return;
-    }
-    std::size_t const count = SlotCount();
-    if (memberVector.capacity() < count) {
-        // Doubling would waste up to half of a large population's vector.
-        memberVector.reserve(count + count / 8);
-    }
-    memberVector.insert(memberVector.end(), appended.begin(), appended.end());
-    appended.clear();
-}
-
-void MemberSelection::TakeOverEdits() {
-    SlotOrder const& order = edits->order;
-    bool const inPlace = order.IsAscending(); // then no entry is overwritten before it is read
-    std::vector<Member> ordered;
-    std::vector<Member>& target = inPlace ? memberVector : ordered;
-    Slot const oldKept = kept;
-    std::size_t const room = std::max<std::size_t>(EntryCount(), inPlace ? oldKept : 0);
-    if (target.capacity() < room) {
-        target.reserve(room);
-    }
-    target.resize(room);
-
-    Slot position = 0;
-    Slot newCursor = NO_SLOT;
-    for (Slot slot = order.First(); slot != NO_SLOT; slot = order.Next(slot)) {
-        if (slot == cursor) {
-            newCursor = position;
-        }
-        target[position++] = slot < oldKept ? memberVector[slot] : appended[slot - oldKept];
-    }
-    target.resize(position);
-    if (!inPlace) {
-        memberVector.swap(ordered);
-    }
-    appended.clear();
-    edited = false;
-    if (cursorValid) {
-        MoveCursorTo(newCursor);
-    }
 }
 
 } // namespace Gentra

@@ -5,12 +5,11 @@
 #define GENTRA_TESTS_SUPPORT_VALIDATOR_H
 
 #include "../../src/pools/MemberPropertyTable.h"
-#include "../../src/properties/SelectionEdits.h"
+#include "../../src/properties/MemberList.h"
 
 #include <gentra/gentra.h>
 
 #include <algorithm>
-#include <bit>
 #include <optional>
 #include <set>
 #include <stdexcept>
@@ -20,8 +19,6 @@ namespace Gentra {
 
 /// Walks the structures inside and throws std::logic_error where they contradict themselves.
 struct Validator {
-    using Slot = SlotOrder::Slot;
-
     static void Require(bool holds, char const* what) {
         if (!holds) {
             throw std::logic_error(what);
@@ -46,16 +43,11 @@ struct Validator {
     }
 
     static void CheckSelection(MemberSelection const& selection) {
-        Require(selection.kept <= selection.memberVector.size(), "the list reaches beyond the vector");
-        if (!selection.edited) {
-            Require(!selection.cursorValid || selection.cursor < selection.SlotCount(),
-                    "the cursor is beyond the list");
-            return;
+        if (selection.entries != nullptr) {
+            CheckList(*selection.entries);
         }
-        SlotOrder const& order = selection.edits->order;
-        Require(order.slotCount == selection.SlotCount(), "slots and entries");
-        CheckOrder(order);
-        Require(!selection.cursorValid || order.IsLive(selection.cursor), "the cursor is at a removed entry");
+        Require(selection.readUpTo == selection.listEnd->next || selection.changed || selection.Count() > 0,
+                "an empty list that was not read");
     }
 
     /// How many records are in use.
@@ -116,22 +108,31 @@ private:
         }
     }
 
-    static void CheckOrder(SlotOrder const& order) {
-        Slot live = 0;
-        for (std::uint64_t const word : order.live) {
-            live += static_cast<Slot>(std::popcount(word));
+    /// The chunks are one chain, none of them empty beside others, no two neighbours so small that one could hold both.
+    static void CheckList(MemberList const& list) {
+        MemberList::Number const none = MemberList::NONE;
+        MemberList::Number previous = none;
+        MemberList::Number before = 0;
+        std::size_t length = 0;
+        bool hasCursor = !list.cursor.IsValid();
+        for (MemberList::Number chunk = list.firstChunk; chunk != none; chunk = list.chunks.at(chunk).next, ++length) {
+            Require(list.chunks.at(chunk).previous == previous, "the chain of chunks");
+            MemberList::Number const size = list.Size(chunk);
+            Require(size <= list.chunks[chunk].capacity, "more members than a chunk holds");
+            Require(size > 0 || list.firstChunk == list.lastChunk, "an empty chunk");
+            if (previous != none) {
+                Require(list.chunks[chunk].capacity == MemberList::CHUNK_SIZE, "a small chunk");
+            }
+            hasCursor = hasCursor || (chunk == list.cursor.chunk && list.cursor.offset < size);
+            before += chunk != list.lastChunk ? size : 0;
+            previous = chunk;
         }
-        Require(live == order.liveCount, "the number of entries");
-        if (order.links.empty()) {
-            return;
+        Require(previous == list.lastChunk && before == list.before, "the end of the chain of chunks");
+        Require(hasCursor, "the cursor is at no entry");
+        for (MemberList::Number chunk = list.freeChunk; chunk != none; chunk = list.chunks.at(chunk).next, ++length) {
+            Require(list.chunks.at(chunk).size == 0, "a free chunk with members");
         }
-        Slot previous = SlotOrder::NONE;
-        Slot count = 0;
-        for (Slot slot = order.first; slot != SlotOrder::NONE; slot = order.links.at(slot).next, ++count) {
-            Require(order.IsLive(slot) && order.links.at(slot).previous == previous, "the chain of entries");
-            previous = slot;
-        }
-        Require(previous == order.last && count == live, "the end of the chain");
+        Require(length == list.chunks.size(), "a chunk is lost");
     }
 };
 

@@ -15,17 +15,27 @@
 
 namespace Gentra {
 
+class MemberList;
 class MemberPool;
-struct SelectionEdits;
+
+/// The open end of the list of a selection, where members are appended without a call.
+struct MemberListEnd {
+    Member* first = nullptr;  ///< Where the last piece of the list begins, null without one,
+    Member* next = nullptr;   ///< where the next member goes,
+    Member* limit = nullptr;  ///< and where that is no longer so simple.
+    std::uint32_t before = 0; ///< How many members there are in the other pieces.
+};
 
 /// An ordered list of members of one pool, the base pool, with a cursor on one active member.
 ///
-/// Members may occur more than once. The list is also readable as a vector, which is brought up to date on
-/// demand: any number of changes costs one rebuild, and each rebuild raises the recreation time stamp. Until
-/// the next rebuild the vector stays as it was read, so a caller may walk it while members come and go.
+/// Members may occur more than once. A vector of them is made on demand: any number of changes costs one rebuild, and
+/// each rebuild raises the recreation time stamp. The vector is a copy. Until the next rebuild it stays as it was read,
+/// so a caller may walk it while members come and go; and what a caller does to it lasts as long and changes nobody's
+/// list.
 ///
-/// Appending costs what it costs a vector. Removing by value or by index and inserting at the cursor do not
-/// move the other members. A cleared selection keeps its memory and is refilled without allocating.
+/// Appending costs what it costs a vector. Removing and inserting at the cursor, by value or at the end costs the same
+/// for any number of members, by index it grows with the logarithm. (Members that occur more than once may cost more.)
+/// A cleared selection keeps its memory and is refilled without allocating.
 ///
 /// While the cursor is valid, the active member is the one at the cursor. ActivateNextMember() and
 /// ActivatePreviousMember() wrap around, so a walk ends when FirstMemberActive() is true again.
@@ -49,29 +59,18 @@ public:
 
     // Queries.
 
-    /// Counts unread changes, but does not rebuild.
-    [[nodiscard]] int GetNumMembers() {
-        if (memberVector.size() < kept) {
-            DropVanishedEntries();
-        }
-        return static_cast<int>(EntryCount());
-    }
+    /// The length of the list. Does not rebuild.
+    [[nodiscard]] int GetNumMembers() const noexcept { return static_cast<int>(Count()); }
 
-    /// All members in order. The reference stays valid as long as the selection; its contents change at the
-    /// next rebuild (any reading operation after a change) and at Clear().
-    ///
-    /// The vector is the selection's own storage and is meant to be read. While there is no unread change, entries that
-    /// a host erases from it leave the selection, and an order that a host gives it becomes the selection's; entries
-    /// that it appends do not enter.
+    /// A vector of all members in order. The reference stays valid as long as the selection; its contents change at the
+    /// next rebuild (any reading operation after a change) and at Clear(). What a caller does to the vector is seen
+    /// until then by GetMemberByIndex() and by the behaviours that run over it, and by nobody else.
     std::vector<Member>& GetAllMembers() {
         BringUpToDate();
-        if (edited) {
-            ForgetIndex();
-        }
         return memberVector;
     }
 
-    /// The member at `index` counted from 0, or Member::NIL when there is none.
+    /// The member at `index` of the vector, counted from 0, or Member::NIL when there is none.
     [[nodiscard]] Member GetMemberByIndex(int index) {
         BringUpToDate();
         auto const position = static_cast<std::size_t>(index);
@@ -94,7 +93,7 @@ public:
     /// Whether ActiveMember() is not Member::NIL.
     [[nodiscard]] bool IsActiveMemberValid() const noexcept { return activeMember.IsValid(); }
     /// Whether the cursor stands at the first member; false without a valid cursor.
-    [[nodiscard]] bool FirstMemberActive() const;
+    [[nodiscard]] bool FirstMemberActive() const noexcept;
 
     /// Activates the first member; on an empty selection clears the active member and returns false.
     bool ActivateFirstMember();
@@ -162,7 +161,7 @@ public:
     /// counts as 0.
     void SetMemberCount(int count);
     /// Empties the selection and clears the active member; the time stamp stays.
-    void Clear();
+    void Clear() noexcept;
 
 protected:
     /// Null for none. What is listed stays.
@@ -181,81 +180,47 @@ private:
     [[nodiscard]] Util::WeakPtr<MemberSelection> Watch();
 
     /// Appends `count` members of the base pool.
-    void AppendRange(Member const* first, std::size_t count) {
-        if (edited) {
-            AppendRangeEdited(first, count);
-            return;
-        }
-        appended.insert(appended.end(), first, first + count);
+    void AppendRange(Member const* first, std::size_t count);
+
+    [[nodiscard]] std::uint32_t Count() const noexcept {
+        return listEnd->before + static_cast<std::uint32_t>(listEnd->next - listEnd->first);
     }
 
-    /// Names one entry of the list until the next rebuild. Slots count through the vector as it was last
-    /// built, then through `appended`.
-    using Slot = std::uint32_t;
-
     void BringUpToDate() {
-        if (changed || !appended.empty()) {
+        if (changed || listEnd->next != readUpTo) {
             RecreateMemberVector();
         }
     }
 
     void Append(Member member) {
-        if (edited) {
-            AppendEdited(member);
-            return;
+        if (listEnd->next != listEnd->limit) {
+            *listEnd->next++ = member;
+        } else {
+            AppendWithRoom(member);
         }
-        appended.push_back(member);
     }
-
-    [[nodiscard]] Slot EntryCount() const noexcept { return edited ? EditedCount() : SlotCount(); }
-    [[nodiscard]] Slot EditedCount() const noexcept;
-
-    [[nodiscard]] Slot SlotCount() const noexcept { return kept + static_cast<Slot>(appended.size()); }
-    [[nodiscard]] Member At(Slot slot) const noexcept {
-        return slot < kept ? memberVector[slot] : appended[slot - kept];
-    }
+    void AppendWithRoom(Member member);
 
     void ReportForeignPool(MemberPool& pool) const;
-    void AppendEdited(Member member);
-    void AppendRangeEdited(Member const* first, std::size_t count);
-    template<class AddToOrder>
-    void AddEdited(Member member, AddToOrder const& addToOrder);
-    void DropVanishedEntries();
-    /// The caller may reorder the vector, which the index of members would not notice.
-    void ForgetIndex() noexcept;
-    void BeginEdits();
-    SelectionEdits& Edits();
-
-    [[nodiscard]] Slot FirstSlot() const noexcept;
-    [[nodiscard]] Slot LastSlot() const noexcept;
-    [[nodiscard]] Slot NextSlot(Slot slot) const noexcept;
-    [[nodiscard]] Slot PreviousSlot(Slot slot) const noexcept;
-    [[nodiscard]] Slot SlotAtIndex(Slot index);
-    [[nodiscard]] Slot FindFirst(Member member);
-
-    void MoveCursorTo(Slot slot) noexcept;
-    bool ActivateSlot(Slot slot) noexcept;
-    void EraseSlot(Slot slot);
-    Member RemoveSlot(Slot slot);
+    MemberList& List();
+    template<class Move>
+    bool MoveCursor(Move const& move);
     bool InsertAtCursor(Member member, bool behind);
-    template<class List>
-    Member ListNewMember(List const& list);
+    template<class Take>
+    Member ListNewMember(Take const& take);
     bool InsertNewAtCursor(bool behind);
-    void TakeOverAppended();
-    void TakeOverEdits();
+    template<class Find>
+    Member Remove(Find const& find);
 
     Util::WeakPtr<MemberPool> basePool;
-    std::vector<Member> memberVector; ///< As of the last rebuild; never touched in between.
-    std::vector<Member> appended;     ///< Entries that came after it.
-    std::unique_ptr<SelectionEdits> edits;
+    std::vector<Member> memberVector; ///< As of the last rebuild.
+    MemberListEnd* listEnd;             ///< Of `entries`; without one of a list that is always empty.
+    Member const* readUpTo = nullptr; ///< Where the end was at the last rebuild.
+    std::unique_ptr<MemberList> entries; ///< Made for the first member.
     std::unique_ptr<Util::WeakSource<MemberSelection>> life; ///< Made when somebody watches.
-    Slot kept = 0;                                           ///< How many leading entries of `memberVector` are slots.
-    Slot cursor = 0;                                         ///< Meaningful while `cursorValid`.
     std::uint32_t recreationTimeStamp = 0;
     Member activeMember;
-    bool changed = false; ///< Whether `memberVector` is out of date, other than by what is in `appended`.
-    bool cursorValid = false;
-    bool edited = false; ///< Whether `edits` tells which slots are members and in which order; else all, in order.
+    bool changed = false; ///< Whether the list has changed since, other than by what was appended to its end.
 };
 
 } // namespace Gentra
