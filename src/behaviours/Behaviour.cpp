@@ -1,8 +1,7 @@
 // Gentra, copyright the Gentra authors.
 // SPDX-License-Identifier: MIT
 
-// A behaviour's life and its parameter interface. Linking and compiling: BehaviourCompiler.cpp. Running:
-// BehaviourExecution.cpp.
+// A behaviour's life and its parameter interface.
 
 #include "gentra/behaviours/Behaviour.h"
 
@@ -29,7 +28,8 @@ Behaviour::Behaviour() : context(&ContextManager::GetMainContext()) {}
 Behaviour::Behaviour(Behaviour const& other)
     : context(other.context), ownerPool(other.ownerPool), linkedProperties(other.linkedProperties),
       orderKey(other.orderKey), disabled(other.disabled), name(other.name), member(other.member),
-      performanceStats(other.performanceStats), debugRenderEnabled(other.debugRenderEnabled) {
+      performanceStats(other.performanceStats), debugRenderEnabled(other.debugRenderEnabled),
+      compiledSelections(other.compiledSelections) {
     std::copy(std::begin(other.fastParams), std::end(other.fastParams), std::begin(fastParams));
     CopyInterface(other);
 }
@@ -40,9 +40,11 @@ Behaviour& Behaviour::operator=(Behaviour const& other) {
     }
     std::vector<Util::RefCountPtr<Property>> copiedLinks = other.linkedProperties;
     Util::String copiedName = other.name;
+    auto copiedSelections = other.compiledSelections;
     CopyInterface(other);
     linkedProperties.swap(copiedLinks);
     name.swap(copiedName);
+    compiledSelections.swap(copiedSelections);
     context = other.context;
     ownerPool = other.ownerPool;
     std::copy(std::begin(other.fastParams), std::end(other.fastParams), std::begin(fastParams));

@@ -5,6 +5,8 @@
 
 #include "../util/Prefetch.h"
 
+#include "gentra/pools/MemberPool.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -16,7 +18,7 @@ namespace {
 // fetches them ahead by itself; once members have come and gone, or were shuffled, it does not, and most of a
 // frame is spent waiting. Fetching some members ahead then halves the time; elsewhere it only costs.
 constexpr std::size_t PREFETCH_POPULATION = 100'000;
-constexpr std::ptrdiff_t PREFETCH_DISTANCE = 32;
+constexpr std::size_t PREFETCH_DISTANCE = 32;
 constexpr std::ptrdiff_t HALF_CACHE_LINE = 32;
 
 /// Whether a large population's records are out of order, judged by some neighbours.
@@ -48,20 +50,13 @@ inline void Prefetch(unsigned char const* record) noexcept {
 template<bool PREFETCH>
 void Behaviour::Walk(std::vector<Member>& members, Member& current) {
     std::size_t const count = members.size();
-    unsigned int const clearedBefore = timesCleared;
-    for (std::size_t i = 0; i < count; ++i) {
-        // The behaviour may have taken members out of the vector, or had its pool cleared.
-        Member const* const next = members.data() + i;
-        Member const* const end = members.data() + members.size();
-        if (next >= end || timesCleared != clearedBefore) {
-            return;
-        }
+    for (std::size_t i = 0; i < count && i < members.size(); ++i) {
         if constexpr (PREFETCH) {
-            if (end - next > PREFETCH_DISTANCE) {
-                Prefetch(next[PREFETCH_DISTANCE].record);
+            if (members.size() - i > PREFETCH_DISTANCE) {
+                Prefetch(members[i + PREFETCH_DISTANCE].record);
             }
         }
-        current = *next;
+        current = members[i];
         TriggerLiveBehaviour();
     }
 }
@@ -74,6 +69,27 @@ void Behaviour::ProcessMembers(std::vector<Member>& members, Member& current) {
         Walk<true>(members, current);
     } else {
         Walk<false>(members, current);
+    }
+}
+
+Util::RefCountPtr<Behaviour> Behaviour::Hold() {
+    return sharedCount != nullptr ? Util::RefCountPtr<Behaviour>(this, *sharedCount) : NIL;
+}
+
+void Behaviour::Trigger() {
+    Util::RefCountPtr<Behaviour> const held = Hold(); // the trigger may have its pool cleared
+    if (TriggerLiveBehaviour()) {
+        return;
+    }
+    MemberPool* const pool = GetOwnerPool();
+    if (pool == nullptr) {
+        return;
+    }
+    if (pool->IsActiveMemberValid()) {
+        pool->ApplyPassiveBehaviourOnActiveMember(*this);
+    } else {
+        pool->ApplyPassiveBehaviour(*this);
+        pool->ClearActiveMember();
     }
 }
 

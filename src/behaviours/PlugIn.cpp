@@ -16,6 +16,7 @@ struct Stamp {
     int major;
     int minor;
     int pointerSize;
+    bool checked;
 };
 
 /// Takes `expected` away from the beginning of `text`, if it is there.
@@ -38,7 +39,8 @@ std::optional<Stamp> FindStamp(std::string_view file) {
         std::string_view text = file.substr(at + WORDS.size());
         Stamp stamp;
         if (Take(text, stamp.major) && Take(text, ".") && Take(text, stamp.minor) && Take(text, ", pointers of ") &&
-            Take(text, stamp.pointerSize) && Take(text, " bytes")) {
+            Take(text, stamp.pointerSize) && Take(text, " bytes, ")) {
+            stamp.checked = Take(text, "checked");
             return stamp;
         }
     }
@@ -63,6 +65,10 @@ std::string PlugIn::WhyRefused(std::string_view file) {
     if (stamp->pointerSize != GENTRA_POINTER_SIZE) {
         return "it was built for pointers of " + std::to_string(stamp->pointerSize) +
                " bytes, but this is a program with " + std::to_string(GENTRA_POINTER_SIZE);
+    }
+    if (stamp->checked != (GENTRA_CHECKED == 1)) {
+        return stamp->checked ? "it was built to check accesses, but this Gentra does not"
+                              : "it was built without checks of accesses, but this Gentra makes them";
     }
     return {};
 }

@@ -11,6 +11,9 @@
 #include "gentra/util/GlobalEventManager.h"
 #include "gentra/util/GlobalMessageManager.h"
 
+#include <algorithm>
+#include <optional>
+
 namespace Gentra {
 
 constinit bool Context::buildGuard = false;
@@ -35,6 +38,27 @@ public:
     ~BuildGuard() { buildGuard = false; }
 };
 
+/// The pools that a step of a reconstruct pass has yet to come to.
+struct Context::Agenda {
+    std::map<Util::ShortID, PoolPtr> known;  ///< By the ID that they had when the step began.
+    std::map<Util::ShortID, PoolPtr> joined; ///< Created meanwhile, by their present ID.
+    std::optional<Util::ShortID> current;    ///< The ID of the one whose turn it is.
+
+    /// The next pool, which may have gone by now; false when there is none.
+    bool TakeNext(PoolPtr& pool) {
+        auto const later = current ? joined.upper_bound(*current) : joined.begin();
+        bool const isLater = later != joined.end() && (known.empty() || later->first < known.begin()->first);
+        if (!isLater && known.empty()) {
+            return false;
+        }
+        auto const next = isLater ? later : known.begin();
+        current = next->first;
+        pool = next->second;
+        (isLater ? joined : known).erase(next);
+        return true;
+    }
+};
+
 Context::Context() : listener(std::make_unique<MyListener>(this)), spatialRelations(*this) {
     GlobalEventManager::RegisterListener(listener.get(), MemberPool::EVENT);
     GlobalEventManager::RegisterListener(listener.get(), Property::EVENT);
@@ -43,7 +67,7 @@ Context::Context() : listener(std::make_unique<MyListener>(this)), spatialRelati
 
 Context::Context(Context const& other)
     : poolsByID(other.poolsByID), propertiesByID(other.propertiesByID), reservedPropertyIDs(other.reservedPropertyIDs),
-      waitingPools(other.waitingPools), activeSelections(other.activeSelections),
+      waitingPools(other.waitingPools), waitingCount(other.waitingCount), activeSelections(other.activeSelections),
       performanceProfiler(other.performanceProfiler), spatialRelations(other.spatialRelations) {}
 
 Context::~Context() = default;
@@ -52,12 +76,12 @@ Context::~Context() = default;
 
 MemberPool* Context::GetMemberPoolFromID(Util::ShortID const& id) const {
     auto const found = poolsByID.find(id);
-    return found != poolsByID.end() ? found->second.Get() : nullptr;
+    return found != poolsByID.end() ? found->second.pool.Get() : nullptr;
 }
 
 MemberPool* Context::GetMemberPoolFromName(Util::String const& poolName) const {
     for (auto const& entry : poolsByID) {
-        MemberPool* const pool = entry.second;
+        MemberPool* const pool = entry.second.pool;
         if (pool != nullptr && pool->GetName() == poolName) {
             return pool;
         }
@@ -68,7 +92,7 @@ MemberPool* Context::GetMemberPoolFromName(Util::String const& poolName) const {
 void Context::GetAllMemberPools(std::vector<MemberPool*>& out) const {
     out.clear();
     for (auto const& entry : poolsByID) {
-        if (MemberPool* const pool = entry.second) {
+        if (MemberPool* const pool = entry.second.pool) {
             out.push_back(pool);
         }
     }
@@ -87,9 +111,17 @@ void Context::ChangeMemberPoolID(Util::ShortID oldID, Util::ShortID newID, Membe
     if (GetMemberPoolFromID(newID) != nullptr) {
         return;
     }
-    poolsByID.insert_or_assign(newID, pool.GetWeakPtr());
+    Registration registration{pool.GetWeakPtr()};
+    if (GetMemberPoolFromID(oldID) == &pool) {
+        registration.ticket = poolsByID.at(oldID).ticket;
+    }
+    poolsByID.insert_or_assign(newID, registration);
     if (GetMemberPoolFromID(oldID) == &pool) {
         poolsByID.erase(oldID);
+    }
+    if (agenda != nullptr && agenda->joined.contains(oldID)) {
+        agenda->joined.insert_or_assign(newID, pool.GetWeakPtr());
+        agenda->joined.erase(oldID);
     }
 }
 
@@ -164,22 +196,44 @@ void Context::HandlePoolCreated(MemberPool& pool) {
             "Bug Report :: Context :: MemberPool \"%s\" tries to use an already existing ID", pool.GetName().c_str());
         return;
     }
-    poolsByID.insert_or_assign(pool.GetMemberPoolID(), pool.GetWeakPtr());
     waitingPools.push_back(pool.GetWeakPtr());
+    ++waitingCount;
+    poolsByID.insert_or_assign(pool.GetMemberPoolID(), Registration{pool.GetWeakPtr(), waitingPools.size() - 1});
+    if (agenda != nullptr) {
+        agenda->joined.insert_or_assign(pool.GetMemberPoolID(), pool.GetWeakPtr());
+    }
 }
 
+/// The pool that is registered under the ID is dropped, also where that is another one that has clashed with it.
 void Context::HandlePoolDeleted(MemberPool& pool) {
     auto const found = poolsByID.find(pool.GetMemberPoolID());
-    if (found == poolsByID.end()) {
-        GlobalMessageManager::OutputMessage("Bug Report :: Context :: MemberPool \"%s\" got deleted, but "
-                                            "it's ID is unknown to the Context. why?",
-                                            pool.GetName().c_str());
+    if (found != poolsByID.end()) {
+        Forget(found);
         return;
     }
-    if (MemberPool const* const registered = found->second) {
-        StopWaiting(*registered);
+    GlobalMessageManager::OutputMessage("Bug Report :: Context :: MemberPool \"%s\" got deleted, but "
+                                        "it's ID is unknown to the Context. why?",
+                                        pool.GetName().c_str());
+    // It may be known by a former ID.
+    auto const former = std::find_if(poolsByID.begin(), poolsByID.end(),
+                                     [&](auto const& entry) { return entry.second.pool.Get() == &pool; });
+    if (former != poolsByID.end()) {
+        Forget(former);
     }
-    poolsByID.erase(found);
+}
+
+void Context::Forget(std::map<Util::ShortID, Registration>::iterator entry) {
+    if (std::size_t const ticket = entry->second.ticket; ticket != NOT_WAITING) {
+        waitingPools[ticket] = PoolPtr();
+        --waitingCount;
+    }
+    if (agenda != nullptr) {
+        agenda->joined.erase(entry->first);
+    }
+    poolsByID.erase(entry);
+    if (!buildGuard && waitingPools.size() > 2 * waitingCount + 16) {
+        EndWaiting(false);
+    }
 }
 
 void Context::HandlePropertyEntered(Util::RefCountPtr<Property> const& property) {
@@ -199,49 +253,64 @@ void Context::HandlePropertyLeft(Util::RefCountPtr<Property> const& property) {
     }
 }
 
-/// Keeps the running step at its place in the list.
-void Context::StopWaiting(MemberPool const& pool) {
-    for (std::size_t i = waitingPools.size(); i-- > 0;) {
-        if (waitingPools[i].Get() == &pool) {
-            waitingPools.erase(waitingPools.begin() + static_cast<std::ptrdiff_t>(i));
-            if (i < waitingPosition) {
-                --waitingPosition;
-            }
+/// Hands out new tickets: to all that wait or, after a pass, to those that it has left out.
+void Context::EndWaiting(bool isPassOver) {
+    std::vector<Registration*> stillWaiting;
+    for (auto& entry : poolsByID) {
+        Registration& registration = entry.second;
+        MemberPool const* const pool = registration.pool;
+        if (registration.ticket != NOT_WAITING && pool != nullptr && (!isPassOver || pool->IsInUse())) {
+            stillWaiting.push_back(&registration);
+        } else {
+            registration.ticket = NOT_WAITING;
         }
     }
-}
-
-void Context::NobodyWaits() {
+    std::sort(stillWaiting.begin(), stillWaiting.end(), [](auto* a, auto* b) { return a->ticket < b->ticket; });
     waitingPools.clear();
-    waitingPosition = 0; // a pass around this one goes on from here
+    for (Registration* const registration : stillWaiting) {
+        registration->ticket = waitingPools.size();
+        waitingPools.push_back(registration->pool);
+    }
+    waitingCount = waitingPools.size();
 }
 
 // Building.
 
-/// In list order, also over pools that join or leave the list meanwhile.
-template<class Action>
-void Context::ForEachWaitingPool(Action const& action) {
-    for (waitingPosition = 0; waitingPosition < waitingPools.size();) {
-        MemberPool* const pool = waitingPools[waitingPosition++];
-        if (pool != nullptr) {
+/// In list order, also over pools that join the list or go meanwhile.
+void Context::ForEachWaitingPool(void (*action)(MemberPool& pool)) {
+    for (std::size_t i = 0; i < waitingPools.size(); ++i) {
+        if (MemberPool* const pool = waitingPools[i]) {
             action(*pool);
         }
     }
 }
 
 /// Ascending by ID, also over pools that come, go or change their ID meanwhile.
-template<class Action>
-void Context::ForEachPool(Action const& action) {
-    for (auto next = poolsByID.begin(); next != poolsByID.end();) {
-        Util::ShortID const id = next->first;
-        if (MemberPool* const pool = next->second) {
+void Context::ForEachPool(void (*action)(MemberPool& pool)) {
+    struct Step {
+        Context& context;
+        Agenda agenda;
+        explicit Step(Context& newContext) : context(newContext) {
+            for (auto const& entry : context.poolsByID) {
+                agenda.known.emplace(entry.first, entry.second.pool);
+            }
+            context.agenda = &agenda;
+        }
+        ~Step() { context.agenda = nullptr; }
+    } step(*this);
+    for (PoolPtr next; step.agenda.TakeNext(next);) {
+        if (MemberPool* const pool = next) {
             action(*pool);
         }
-        next = poolsByID.upper_bound(id);
     }
 }
 
 void Context::BuildMemberPool(MemberPool& pool) {
+    if (pool.IsInUse()) {
+        GlobalMessageManager::OutputMessage(
+            "Error :: Context :: The Pool \"%s\" can not be built while it is in use", pool.GetName().c_str());
+        return;
+    }
     Util::WeakPtr<MemberPool> const alive = pool.GetWeakPtr();
     Util::String const name = pool.GetName();
     GlobalMessageManager::OutputMessage("Build \"%s\" Started...", name.c_str());
@@ -260,16 +329,30 @@ void Context::BuildMemberPool(MemberPool& pool) {
     GlobalMessageManager::OutputMessage("Building \"%s\" completed", pool.GetName().c_str());
 }
 
+void Context::ConstructMemberPool(MemberPool& pool) {
+    if (!pool.IsInUse()) { // else it was not built either, and said so
+        pool.TriggerPoolConstructor();
+    }
+}
+
+void Context::SetBasePoolsForMemberSelections() {
+    for (auto const& entry : poolsByID) {
+        if (MemberPool* const pool = entry.second.pool) {
+            pool->SetBasePoolsForMemberSelections();
+        }
+    }
+}
+
 void Context::ForceConstructAllMemberPools() {
-    if (waitingPools.empty() || buildGuard) {
+    if (waitingCount == 0 || buildGuard) {
         return;
     }
     BuildGuard const guard;
     spatialRelations.Reset();
-    ForEachWaitingPool([](MemberPool& pool) { BuildMemberPool(pool); });
-    ForEachPool([](MemberPool& pool) { pool.SetBasePoolsForMemberSelections(); });
-    ForEachWaitingPool([](MemberPool& pool) { pool.TriggerPoolConstructor(); });
-    NobodyWaits();
+    ForEachWaitingPool(BuildMemberPool);
+    SetBasePoolsForMemberSelections();
+    ForEachWaitingPool(ConstructMemberPool);
+    EndWaiting(true);
 }
 
 void Context::ForceReconstructAllMemberPools() {
@@ -278,10 +361,10 @@ void Context::ForceReconstructAllMemberPools() {
     }
     BuildGuard const guard;
     spatialRelations.Reset();
-    ForEachPool([](MemberPool& pool) { BuildMemberPool(pool); });
-    ForEachPool([](MemberPool& pool) { pool.SetBasePoolsForMemberSelections(); });
-    ForEachPool([](MemberPool& pool) { pool.TriggerPoolConstructor(); });
-    NobodyWaits();
+    ForEachPool(BuildMemberPool);
+    SetBasePoolsForMemberSelections();
+    ForEachPool(ConstructMemberPool);
+    EndWaiting(true);
     Path::ForceGlobalPathResolve();
 }
 

@@ -6,6 +6,8 @@
 #include "MemberPropertyTable.h"
 #include "PropertyTable.h"
 
+#include "../util/FirstException.h"
+
 #include "gentra/behaviours/Behaviour.h"
 #include "gentra/pools/Context.h"
 #include "gentra/pools/ContextManager.h"
@@ -15,7 +17,7 @@
 #include "gentra/util/GlobalMessageManager.h"
 
 #include <algorithm>
-#include <cstring>
+#include <cassert>
 #include <utility>
 
 namespace Gentra {
@@ -30,46 +32,13 @@ constexpr int ENTERS = 0;
 constexpr int LEAVES = 1;
 
 constinit unsigned int identitiesGiven = 0;
+constinit std::uint64_t generationsGiven = 0;
 
 int NextIdentity() {
     if (static_cast<int>(identitiesGiven) == -1) { // the wildcard of event types
         ++identitiesGiven;
     }
     return static_cast<int>(identitiesGiven++);
-}
-
-/// Copies a datum; the common sizes without a call.
-void CopyDatum(unsigned char* datum, void const* source, int size) {
-    if (size == sizeof(float)) {
-        std::memcpy(datum, source, sizeof(float));
-    } else if (size == sizeof(Math::Vec3)) {
-        std::memcpy(datum, source, sizeof(Math::Vec3));
-    } else {
-        std::memcpy(datum, source, static_cast<std::size_t>(size));
-    }
-}
-
-/// Whether the property's data still have the size of their place: a host may have assigned another property to it.
-bool KeepsItsSize(MemberPropertyTable::Place const& place) {
-    return place.property->GetDataSize() == place.size;
-}
-
-/// Gives a new member its datum of one property: the default and the property's instance work.
-void CreateDatum(MemberPropertyTable::Place const& place, unsigned char* record) {
-    unsigned char* const datum = record + place.offset;
-    if (place.plainDefault != nullptr) {
-        CopyDatum(datum, place.plainDefault, place.size);
-        return;
-    }
-    bool const keepsItsSize = KeepsItsSize(place);
-    if (void const* const defaultData = keepsItsSize ? place.property->GetPoolData() : nullptr) {
-        CopyDatum(datum, defaultData, place.size);
-    } else {
-        std::memset(datum, 0, static_cast<std::size_t>(place.size));
-    }
-    if (keepsItsSize) {
-        place.property->OnInstanceCreation(datum);
-    }
 }
 
 /// Triggers an event that takes back another one whose delivery has thrown. A second exception changes nothing.
@@ -93,7 +62,7 @@ void AppendNames(std::vector<PropertyPtr> const& properties, std::vector<Util::S
 
 MemberPool::MemberPool(Context& newContext)
     : MemberSelection(nullptr), context(newContext), memberProperties(std::make_unique<MemberPropertyTable>()),
-      poolProperties(std::make_unique<PropertyTable>()), identity(NextIdentity()) {
+      poolProperties(std::make_unique<PropertyTable>()), identity(NextIdentity()), generation(++generationsGiven) {
     SetBasePool(this);
     try {
         GlobalEventManager::Trigger(Util::Event(EVENT_CREATED, 0, 0, this));
@@ -110,17 +79,26 @@ MemberPool::MemberPool(MemberPool const& other)
       poolConstructionBehaviours(other.poolConstructionBehaviours), compiled(other.compiled),
       constructionFailed(other.constructionFailed), poolID(other.poolID), name(other.name), lapTimer(other.lapTimer),
       performanceStats(other.performanceStats), singleMemberUpdateIndex(other.singleMemberUpdateIndex),
-      identity(NextIdentity()), announced(false) {
+      identity(NextIdentity()), generation(++generationsGiven), announced(false) {
     memberProperties->CopyLayout(*other.memberProperties);
     SetBasePool(this);
 }
 
 MemberPool::~MemberPool() {
-    clearing = false; // a listener may destroy the pool that is being cleared
-    ClearPool();
+    assert(uses == 0 && "a pool is destroyed by a behaviour, a property or a functor that it is running");
+    Util::FirstException exception;
+    Clearing(exception);
     if (announced) {
-        GlobalEventManager::Trigger(Util::Event(EVENT_DELETED, 0, 0, this));
+        exception.During([this] { GlobalEventManager::Trigger(Util::Event(EVENT_DELETED, 0, 0, this)); });
     }
+    if (exception.HasOccurred()) {
+        GlobalMessageManager::OutputMessage(
+            "Error :: MemberPool :: An exception was thrown while the Pool \"%s\" was destroyed", name.c_str());
+    }
+}
+
+MemberPool* MemberPool::Find(Util::ShortID id) {
+    return ContextManager::GetMainContext().GetMemberPoolFromID(id);
 }
 
 bool MemberPool::SetNewMemberPoolID(Util::ShortID id) {
@@ -267,14 +245,6 @@ PropertyPtr MemberPool::GetPropertyFromName(Util::String const& propertyName) co
     return found != Property::NIL ? found : memberProperties->Properties().FindByName(propertyName);
 }
 
-PropertyPtr MemberPool::FindPoolProperty(Util::String const& propertyName) const {
-    return poolProperties->FindByName(propertyName);
-}
-
-PropertyPtr MemberPool::FindMemberProperty(Util::String const& propertyName) const {
-    return memberProperties->Properties().FindByName(propertyName);
-}
-
 int MemberPool::GetDataOffsetFromPropertyName(Util::String const& propertyName) const {
     PropertyTable::Properties const& properties = memberProperties->Properties().All();
     auto const found = std::find_if(properties.begin(), properties.end(),
@@ -285,11 +255,15 @@ int MemberPool::GetDataOffsetFromPropertyName(Util::String const& propertyName) 
     return memberProperties->Places()[static_cast<std::size_t>(found - properties.begin())].offset;
 }
 
+std::array<PropertyTable const*, 2> MemberPool::Tables() const noexcept {
+    return {poolProperties.get(), &memberProperties->Properties()};
+}
+
 std::vector<PropertyPtr> MemberPool::GetAllProperties() const {
-    PropertyTable::Properties const& ofPool = poolProperties->All();
-    PropertyTable::Properties const& ofMembers = memberProperties->Properties().All();
-    std::vector<PropertyPtr> all(ofPool.begin(), ofPool.end());
-    all.insert(all.end(), ofMembers.begin(), ofMembers.end());
+    std::vector<PropertyPtr> all;
+    for (PropertyTable const* const table : Tables()) {
+        all.insert(all.end(), table->All().begin(), table->All().end());
+    }
     return all;
 }
 
@@ -331,12 +305,14 @@ void MemberPool::GetDefaultProperties(std::vector<PropertyPtr>& out) const {
     out.assign(ofMembers.begin(), ofMembers.begin() + std::min<std::ptrdiff_t>(std::ssize(ofMembers), 2));
 }
 
-/// Triggers the leaving events of a table. Nothing enters it meanwhile, but a listener may destroy the pool.
-void MemberPool::AnnounceLeaving(PropertyTable::Properties const& table, char const* subName) {
+/// Triggers the leaving events of a table, which nothing enters meanwhile. False when a listener has destroyed the pool.
+bool MemberPool::AnnounceLeaving(PropertyTable::Properties const& table, char const* subName,
+                                 Util::FirstException& exception) noexcept {
     Util::WeakPtr<MemberPool> const self = GetWeakPtr();
     for (std::size_t i = 0; self.Get() != nullptr && i < table.size(); ++i) {
-        TriggerPropertyEvent(table[i], subName, LEAVES);
+        exception.During([&] { TriggerPropertyEvent(table[i], subName, LEAVES); });
     }
+    return self.Get() != nullptr;
 }
 
 void MemberPool::TriggerPropertyEvent(PropertyPtr property, char const* subName, int param1) {
@@ -346,177 +322,62 @@ void MemberPool::TriggerPropertyEvent(PropertyPtr property, char const* subName,
     }
 }
 
-// Members.
-
-Member MemberPool::CreateNewMember() {
-    if (RefuseWhileClearing()) {
-        return Member();
-    }
-    unsigned char* const record = memberProperties->TakeRecord();
-    if (record == nullptr) {
-        GlobalMessageManager::OutputMessageOnce("Creating Members without any properties");
-        return Member();
-    }
-    Construction newMember{record, construction};
-    construction = &newMember;
-    try {
-        SetUpMember(newMember);
-    } catch (...) {
-        construction = newMember.outer;
-        if (newMember.record != nullptr) {
-            FreeRecord(newMember.record);
-        }
-        throw;
-    }
-    construction = newMember.outer;
-    return Member(newMember.record);
-}
-
-/// Fills a new record and runs the member-construction behaviours on it. Any of the host's code in between may delete
-/// the member or clear the pool.
-void MemberPool::SetUpMember(Construction const& newMember) {
-    std::vector<MemberPropertyTable::Place> const& places = memberProperties->Places();
-    for (std::size_t i = 0; i < places.size(); ++i) {
-        CreateDatum(places[i], newMember.record);
-        if (newMember.record == nullptr) {
-            return;
-        }
-    }
-    if (!memberConstructionBehaviours.empty()) {
-        std::vector<Member> newMembers(1, Member(newMember.record));
-        InitializeNewMembers(newMembers);
-    }
-}
-
-/// Tells CreateNewMember() that the member it is setting up has gone; null stands for all members.
-void MemberPool::EndConstructionOf(unsigned char const* record) noexcept {
-    for (Construction* each = construction; each != nullptr; each = each->outer) {
-        if (record == nullptr || each->record == record) {
-            each->record = nullptr;
-        }
-    }
-}
-
-void MemberPool::FreeRecord(unsigned char const* record) {
-    MemberRecordStorage& records = *memberProperties->Records();
-    MemberRecordStorage::Place const place = records.FindInUse(record);
-    records.Retire(place);
-    records.GiveBack(place);
-}
-
-void MemberPool::DeleteMember(Member member) {
-    if (!member.IsValid()) {
-        return;
-    }
-    MemberRecordStorage* const records = memberProperties->Records();
-    MemberRecordStorage::Place const place = records != nullptr
-                                                 ? records->FindInUse(member.record)
-                                                 : MemberRecordStorage::Place{MemberRecordStorage::NO_BLOCK, 0};
-    if (place.block == MemberRecordStorage::NO_BLOCK) {
-        GlobalMessageManager::OutputMessageOnce("Bug Report :: MemberPool :: The Pool \"%s\" was asked to delete a "
-                                                "Member it does not have",
-                                                name.c_str());
-        return;
-    }
-    // From here on deleting it once more, from the host's instance deletion, is refused.
-    records->Retire(place);
-    EndConstructionOf(member.record);
-    unsigned int const clearedBefore = timesCleared;
-    try {
-        std::vector<MemberPropertyTable::Place> const& places = memberProperties->Places();
-        for (std::size_t i = 0; i < places.size() && timesCleared == clearedBefore; ++i) {
-            if (places[i].plainDefault == nullptr && KeepsItsSize(places[i])) {
-                places[i].property->OnInstanceDeletion(member.record + places[i].offset);
-            }
-        }
-    } catch (...) {
-        if (timesCleared == clearedBefore) {
-            records->GiveBack(place);
-        }
-        throw;
-    }
-    if (timesCleared == clearedBefore) { // else the host's instance deletion has cleared the pool
-        records->GiveBack(place);
-    }
-}
-
-unsigned char* MemberPool::GetDataFromMember(int memberIndex, int propertyIndex) {
-    return GetDataFromMemberSelectionMember(*this, memberIndex, propertyIndex);
-}
-
-unsigned char* MemberPool::GetDataFromMemberSelectionMember(MemberSelection& selection, int memberIndex,
-                                                            int propertyIndex) {
-    Member const member = selection.GetMemberByIndex(memberIndex);
-    auto const position = static_cast<std::size_t>(propertyIndex);
-    if (selection.GetBasePool() != this || !member.IsValid() || propertyIndex < 0 ||
-        position >= memberProperties->Properties().All().size()) {
-        return nullptr;
-    }
-    return member.record + memberProperties->Places()[position].offset;
-}
-
-bool MemberPool::RecordReaches(int offset, int size) const noexcept {
-    int const recordSize = memberProperties->RecordSize();
-    return offset >= 0 && size >= 0 && size <= recordSize && offset <= recordSize - size;
-}
-
-bool MemberPool::HasDatumOf(Property const& property, int offset, PropertyType type, int size) const noexcept {
-    return !clearing && memberProperties->HasDatumOf(property, {offset, size, type});
-}
-
 // Building.
 
 void MemberPool::InitializeMemberPool() {
-    ClearPool();
-}
-
-void MemberPool::ClearPool() {
+    if (IsInUse()) {
+        GlobalMessageManager::OutputMessage(
+            "Error :: Construction :: The Pool \"%s\" can not be initialized while it is in use", name.c_str());
+        return;
+    }
     if (clearing) { // by a listener of the clearing itself
         return;
     }
-    /// Ends the clearing, also when a listener throws, unless one has destroyed the pool.
-    struct Clearing {
-        Util::WeakPtr<MemberPool> pool;
-        ~Clearing() {
-            if (MemberPool* const alive = pool) {
-                alive->clearing = false;
-            }
-        }
-    } const self{GetWeakPtr()};
+    Util::FirstException exception;
+    Clearing(exception);
+    exception.ThrowOn();
+}
+
+/// Ends all that is in the pool. Listeners hear of it outside any use, so one of them may destroy the pool; destructors
+/// run inside a use.
+void MemberPool::Clearing(Util::FirstException& exception) noexcept {
     clearing = true;
-    ++timesCleared;
-    EndConstructionOf(nullptr);
+    generation = ++generationsGiven;
     compiled = false;
     constructionFailed = false;
     Clear();
     ClearBehaviours(activeBehaviours);
     ClearBehaviours(passiveBehaviours);
 
-    AnnounceLeaving(poolProperties->All(), "Deleted");
-    if (self.pool.Get() == nullptr) { // a listener has destroyed the pool
+    if (!AnnounceLeaving(poolProperties->All(), "Deleted", exception)) {
         return;
     }
-    poolProperties->Clear(*this);
-    AnnounceLeaving(memberProperties->Properties().All(), "MemberPool");
-    if (self.pool.Get() == nullptr) {
+    {
+        Use const use(*this);
+        poolProperties->Clear(*this);
+    }
+    if (!AnnounceLeaving(memberProperties->Properties().All(), "MemberPool", exception)) {
         return;
     }
-
-    // Taken out of the lists first: the last reference may run a host's destructor.
-    for (BehaviourList* const list :
-         {&activeBehaviours, &passiveBehaviours, &memberConstructionBehaviours, &poolConstructionBehaviours}) {
-        BehaviourList const leaving = std::exchange(*list, {});
+    {
+        // Taken out of the lists first: the last reference may run a host's destructor.
+        Use const use(*this);
+        for (BehaviourList* const behaviours :
+             {&activeBehaviours, &passiveBehaviours, &memberConstructionBehaviours, &poolConstructionBehaviours}) {
+            BehaviourList const leaving = std::exchange(*behaviours, {});
+        }
+        memberProperties->Clear(*this);
     }
-    memberProperties->Clear(*this);
-    // What a listener has listed meanwhile has no record any more.
-    Clear();
+    Clear(); // whatever listeners have listed meanwhile
+    clearing = false;
 }
 
 /// A copied pool shares its behaviours with the pool that owns them, and lets them be.
-void MemberPool::ClearBehaviours(BehaviourList& behaviours) {
+void MemberPool::ClearBehaviours(BehaviourList& behaviours) noexcept {
     if (!announced) {
         return;
     }
+    Use const use(*this);
     for (std::size_t i = 0; i < behaviours.size(); ++i) {
         Util::RefCountPtr<Behaviour> const behaviour = behaviours[i];
         behaviour->ClearBehaviour();
@@ -530,39 +391,19 @@ void MemberPool::CompileMemberPool() {
                                             name.c_str());
         return;
     }
-    unsigned int const clearedBefore = timesCleared;
     for (Util::RefCountPtr<Behaviour> const& behaviour : GetAllBehaviours()) {
         behaviour->PushLinkedParamsToFastParams();
     }
     InitPoolProperties();
-    compiled = timesCleared == clearedBefore; // else the host's instance creation has cleared the pool
+    compiled = true;
 }
 
 void MemberPool::InitPoolProperties() {
+    Use const use(*this);
     for (std::size_t i = 0; i < poolProperties->All().size(); ++i) {
         PropertyPtr const property = poolProperties->All()[i];
         property->OnInstanceCreation(static_cast<unsigned char*>(property->GetPoolData()));
     }
-}
-
-// Behaviours.
-
-std::vector<Util::RefCountPtr<Behaviour>> MemberPool::GetAllBehaviours() const {
-    BehaviourList all;
-    for (BehaviourList const* const list :
-         {&activeBehaviours, &passiveBehaviours, &memberConstructionBehaviours, &poolConstructionBehaviours}) {
-        all.insert(all.end(), list->begin(), list->end());
-    }
-    return all;
-}
-
-Util::RefCountPtr<Behaviour> MemberPool::GetBehaviourByName(Util::String const& behaviourName) const {
-    for (Util::RefCountPtr<Behaviour> const& behaviour : GetAllBehaviours()) {
-        if (behaviour->GetName() == behaviourName) {
-            return behaviour;
-        }
-    }
-    return Behaviour::NIL;
 }
 
 } // namespace Gentra

@@ -3,9 +3,6 @@
 
 #include "gentra/pools/MemberPool.h"
 
-#include "MemberPropertyTable.h"
-#include "PropertyTable.h"
-
 #include "gentra/behaviours/Behaviour.h"
 #include "gentra/pools/Context.h"
 #include "gentra/pools/ContextManager.h"
@@ -13,8 +10,8 @@
 
 #include <algorithm>
 
-// A behaviour that runs may change the pool's lists of behaviours or rebuild the pool. So each loop reads the
-// length of its list afresh, and holds the behaviour that it runs.
+// A pool in use is not cleared, so behaviours only join its lists while others run: each loop reads the length of its
+// list afresh, and holds the behaviour that it runs.
 
 namespace Gentra {
 
@@ -36,6 +33,7 @@ void MemberPool::ProcessMemberPool() {
     if (!compiled || constructionFailed) {
         return;
     }
+    Use const use(*this);
     performanceStats.SampleStart();
     UpdateTimeElapsed();
     std::vector<Member>& members = GetAllMembers();
@@ -77,7 +75,8 @@ void MemberPool::ApplyPassiveBehaviour(Behaviour& behaviour) {
     if (!CheckOwnership(behaviour, "PassiveBehaviour")) {
         return;
     }
-    Util::RefCountPtr<Behaviour> const held = Hold(behaviour);
+    Use const use(*this);
+    Util::RefCountPtr<Behaviour> const held = behaviour.Hold();
     std::vector<Member>& members = GetAllMembers();
     if (Prepare(behaviour, true)) {
         RunSampled(behaviour, members);
@@ -94,7 +93,8 @@ void MemberPool::ApplyPassiveBehaviourOnActiveMember(Behaviour& behaviour) {
     if (!CheckOwnership(behaviour, "PassiveBehaviour")) {
         return;
     }
-    Util::RefCountPtr<Behaviour> const held = Hold(behaviour);
+    Use const use(*this);
+    Util::RefCountPtr<Behaviour> const held = behaviour.Hold();
     std::vector<Member> members(1, ActiveMember());
     if (Prepare(behaviour, false)) {
         RunSampled(behaviour, members);
@@ -115,43 +115,38 @@ void MemberPool::ApplyBehaviourOnMemberSelection(Util::RefCountPtr<Behaviour> co
             held->GetName().c_str(), name.c_str());
         return;
     }
+    Use const use(*this);
     std::vector<Member>& members = selection.GetAllMembers();
     if (Prepare(*held, true)) {
         RunSampled(*held, members);
     }
 }
 
-void MemberPool::InitializeNewMembers(std::vector<Member>& newMembers) {
-    /// Puts the active member back, also when a behaviour throws, unless it went when the pool was cleared.
+/// The members are one newborn, which may be deleted on the way.
+void MemberPool::InitializeNewMembers(std::vector<Member>& newMembers, Newborn const& created) {
+    /// Puts the active member back, also when a behaviour throws.
     struct Restore {
         MemberPool& pool;
         Member active;
-        unsigned int clearedBefore;
-        ~Restore() {
-            if (pool.timesCleared == clearedBefore) {
-                pool.ActiveMember() = active;
-            }
-        }
-    } const restore{*this, ActiveMember(), timesCleared};
+        ~Restore() { pool.ActiveMember() = active; }
+    } const restore{*this, ActiveMember()};
 
-    for (std::size_t i = 0; i < memberConstructionBehaviours.size(); ++i) {
+    for (std::size_t i = 0; i < memberConstructionBehaviours.size() && created.record != nullptr; ++i) {
         Util::RefCountPtr<Behaviour> const behaviour = memberConstructionBehaviours[i];
-        if (Prepare(*behaviour, false)) {
+        if (Prepare(*behaviour, false, true)) {
             RunSampled(*behaviour, newMembers);
-        }
-        if (timesCleared != restore.clearedBefore) { // by the behaviour: the new members have gone
-            return;
         }
     }
 }
 
 void MemberPool::TriggerPoolConstructor() {
+    Use const use(*this);
     for (std::size_t i = 0; i < poolConstructionBehaviours.size(); ++i) {
         Util::RefCountPtr<Behaviour> const behaviour = poolConstructionBehaviours[i];
         std::vector<Member> members(1, ActiveMember());
         // The behaviour itself decides whether it is ready. Without an active member it is given no record
         // that could be too small for it.
-        if (!IsActiveMemberValid() || LayoutFits(*behaviour)) {
+        if (!IsActiveMemberValid() || LayoutFits(*behaviour, true)) {
             RunSampled(*behaviour, members);
         }
     }
@@ -167,22 +162,8 @@ bool MemberPool::CheckOwnership(Behaviour const& behaviour, char const* kind) co
     return false;
 }
 
-/// Another reference to a behaviour of this pool, for as long as it runs. Behaviour::NIL stands for one that
-/// the pool does not hold, such as a copy.
-Util::RefCountPtr<Behaviour> MemberPool::Hold(Behaviour const& behaviour) const {
-    for (BehaviourList const* const list : {&activeBehaviours, &passiveBehaviours}) {
-        for (Util::RefCountPtr<Behaviour> const& candidate : *list) {
-            if (candidate.Get() == &behaviour) {
-                return candidate;
-            }
-        }
-    }
-    return Behaviour::NIL;
-}
-
-/// What precedes a run; false when the behaviour must not run. Each step may call the host.
-bool MemberPool::Prepare(Behaviour& behaviour, bool updateProperties) {
-    unsigned int const clearedBefore = timesCleared;
+/// What precedes a run; false when the behaviour must not run.
+bool MemberPool::Prepare(Behaviour& behaviour, bool updateProperties, bool isConstruction) {
     behaviour.CheckForUpdate();
     if (!behaviour.ReadyToUse()) {
         return false;
@@ -191,22 +172,22 @@ bool MemberPool::Prepare(Behaviour& behaviour, bool updateProperties) {
         behaviour.UpdateProperties();
     }
     behaviour.RefreshConstants();
-    return timesCleared == clearedBefore && LayoutFits(behaviour);
+    return LayoutFits(behaviour, isConstruction);
 }
 
-/// The accessors of a running behaviour check nothing. A behaviour may have been compiled for an earlier
-/// layout or be linked to members of another pool; then it must not see the members of this one.
-bool MemberPool::LayoutFits(Behaviour const& behaviour) const {
+/// Whether the behaviour's member data lie in this pool's records, as far as the pool can know: those linked to properties
+/// of other pools concern the members of these, unless it is a construction behaviour, which is given members of this pool
+/// whatever it is linked to.
+bool MemberPool::LayoutFits(Behaviour const& behaviour, bool isConstruction) const {
     // Also where the interface was cleared: the fast parameters stay.
     std::size_t const count = std::min<std::size_t>(behaviour.linkedProperties.size(), Behaviour::MAX_PARAMETERS);
     for (std::size_t i = 0; i < count; ++i) {
-        if (behaviour.fastParams[i].owner != MEMBER) {
-            continue;
-        }
+        Basic_Parameter const& fast = behaviour.fastParams[i];
         Property& linked = *behaviour.linkedProperties[i];
-        MemberPropertyTable::Place const place{behaviour.fastParams[i].dataOffset, linked.GetDataSize(),
-                                               linked.GetPropertyType(), nullptr, nullptr};
-        if (!memberProperties->HasDatum(place)) {
+        MemberPool const* const owner = linked.GetOwnerPool();
+        bool const isForeign = !isConstruction && owner != nullptr && owner != this;
+        if (fast.owner == MEMBER && !isForeign &&
+            !HasDatum(fast.dataOffset, linked.GetDataSize(), linked.GetPropertyType())) {
             GlobalMessageManager::OutputMessageOnce("Error :: PoolProcessing :: The Behaviour \"%s\" can not "
                                                     "be used for the Pool \"%s\", because its "
                                                     "Member Properties do not fit the Members",

@@ -31,17 +31,27 @@ bool MemberPropertyTable::HasRoomFor(int size) const noexcept {
 void MemberPropertyTable::Add(Util::RefCountPtr<Property> const& property) {
     Place const place{recordSize, property->GetDataSize(), property->GetPropertyType(), PlainDefault(*property),
                       property.Get()};
-    places.reserve(places.size() + 1);
-    placesOnly.reserve(placesOnly.size() + 1);
-    withoutEntry.reserve(withoutEntry.size() + 1);
-    if (table.Insert(property)) {
+    Datum const datum{place.offset, place.size, place.type};
+    std::size_t const barePlaces = bare.size();
+    layout.push_back(datum);
+    try {
+        bare.push_back(datum);
         places.push_back(place);
-    } else if (auto const found = std::find(table.All().begin(), table.All().end(), property);
-               found != table.All().end()) {
-        placesOnly.push_back(std::exchange(places[static_cast<std::size_t>(found - table.All().begin())], place));
-    } else {
-        placesOnly.push_back(place);
-        withoutEntry.push_back(property);
+        if (table.Insert(property)) {
+            bare.pop_back();
+        } else {
+            places.pop_back();
+            std::size_t const entry = table.PositionOf(*property);
+            if (entry < places.size()) {
+                Place const former = std::exchange(places[entry], place);
+                bare.back() = {former.offset, former.size, former.type};
+            }
+        }
+    } catch (...) {
+        layout.pop_back();
+        bare.resize(barePlaces);
+        places.resize(table.All().size());
+        throw;
     }
     property->SetDataOffset(place.offset);
     recordSize += place.size;
@@ -50,50 +60,42 @@ void MemberPropertyTable::Add(Util::RefCountPtr<Property> const& property) {
 void MemberPropertyTable::CopyLayout(MemberPropertyTable const& other) {
     table = other.table;
     places = other.places;
-    placesOnly = other.placesOnly;
-    withoutEntry = other.withoutEntry;
+    layout = other.layout;
+    bare = other.bare;
     recordSize = other.recordSize;
 }
 
 void MemberPropertyTable::Clear(MemberPool const& pool) {
     places.clear();
-    placesOnly.clear();
+    layout.clear();
+    bare.clear();
     recordSize = 0;
     storage.reset();
-    // As in the table: the last reference may run a host's destructor.
-    std::vector<Util::RefCountPtr<Property>> const leaving = std::exchange(withoutEntry, {});
-    for (Util::RefCountPtr<Property> const& property : leaving) {
-        property->LeavePool(pool);
-    }
     table.Clear(pool);
 }
 
-bool MemberPropertyTable::HasDatum(Place const& place) const noexcept {
-    auto const isSame = [&](Place const& other) {
-        return other.offset == place.offset && other.size == place.size && other.type == place.type;
-    };
-    return std::any_of(places.begin(), places.end(), isSame) ||
-           std::any_of(placesOnly.begin(), placesOnly.end(), isSame);
-}
-
-bool MemberPropertyTable::HasDatumOf(Property const& property, Place const& place) const noexcept {
-    return std::any_of(places.begin(), places.end(), [&](Place const& other) {
-        return other.property == &property && other.offset == place.offset && other.type == place.type &&
-               other.size >= place.size;
+bool MemberPropertyTable::HasDatum(int offset, int size, PropertyType type) const noexcept {
+    if (type == VALUE || type == VECTOR) {
+        return offset >= 0 && size <= recordSize && offset <= recordSize - size;
+    }
+    auto const found = std::lower_bound(layout.begin(), layout.end(), offset,
+                                        [](Datum const& datum, int wanted) { return datum.offset < wanted; });
+    return std::any_of(found, layout.end(), [&](Datum const& datum) { // some may have no bytes
+        return datum.offset == offset && datum.size == size && datum.type == type;
     });
 }
 
 /// The first record, or one with bytes that no table entry covers.
-unsigned char* MemberPropertyTable::TakeSpecialRecord() {
+MemberRecordStorage::Place MemberPropertyTable::TakeSpecialRecord() {
     if (recordSize < 1) {
-        return nullptr;
+        return MemberRecordStorage::NOWHERE;
     }
     if (storage == nullptr) {
         storage = std::make_unique<MemberRecordStorage>(static_cast<std::size_t>(recordSize));
     }
-    unsigned char* const record = storage->Take();
-    for (Place const& place : placesOnly) {
-        std::memset(record + place.offset, 0, static_cast<std::size_t>(place.size));
+    MemberRecordStorage::Place const record = storage->Take();
+    for (Datum const& datum : bare) {
+        std::memset(storage->At(record) + datum.offset, 0, static_cast<std::size_t>(datum.size));
     }
     return record;
 }

@@ -19,7 +19,7 @@ namespace Gentra {
 /// carries that pool's offset.
 class MemberPropertyTable {
 public:
-    /// Where a datum lies in a record, in bytes.
+    /// Where a property's data lie in the records, in bytes.
     struct Place {
         int offset;
         int size;
@@ -47,14 +47,13 @@ public:
     /// The places of the properties, in the order of the table.
     [[nodiscard]] std::vector<Place> const& Places() const noexcept { return places; }
     [[nodiscard]] int RecordSize() const noexcept { return recordSize; }
-    /// Whether a record has a datum of exactly that type and size there.
-    [[nodiscard]] bool HasDatum(Place const& place) const noexcept;
-    /// Whether a record has the datum of that property there, of that type and at least that size.
-    [[nodiscard]] bool HasDatumOf(Property const& property, Place const& place) const noexcept;
+    /// Whether there is a datum of that type and size at that offset of a record. For numbers it is enough that the
+    /// record reaches so far; what would be taken for a pointer must be one.
+    [[nodiscard]] bool HasDatum(int offset, int size, PropertyType type) const noexcept;
 
-    /// A new record, or null while records have no bytes. Bytes without a table entry are 0.
-    [[nodiscard]] unsigned char* TakeRecord() {
-        return storage != nullptr && placesOnly.empty() ? storage->Take() : TakeSpecialRecord();
+    /// A new record, not in use yet, or none while records have no bytes. Bytes without a table entry are 0.
+    [[nodiscard]] MemberRecordStorage::Place TakeRecord() {
+        return storage != nullptr && bare.empty() ? storage->Take() : TakeSpecialRecord();
     }
     /// The records, while there are any.
     [[nodiscard]] MemberRecordStorage* Records() const noexcept { return storage.get(); }
@@ -62,12 +61,19 @@ public:
 private:
     friend struct Validator; // of the tests
 
-    [[nodiscard]] unsigned char* TakeSpecialRecord();
+    [[nodiscard]] MemberRecordStorage::Place TakeSpecialRecord();
+
+    /// All bytes of the record, end to end.
+    struct Datum {
+        int offset;
+        int size;
+        PropertyType type;
+    };
 
     PropertyTable table;
-    std::vector<Place> places;     ///< Same positions as the table.
-    std::vector<Place> placesOnly; ///< Without an entry: of properties that have none, and former places.
-    std::vector<Util::RefCountPtr<Property>> withoutEntry; ///< They have a place, and leave the pool like the others.
+    std::vector<Place> places; ///< Same positions as the table.
+    std::vector<Datum> layout; ///< Ascending by offset.
+    std::vector<Datum> bare;   ///< Those without an entry: of properties that have none, and former places.
     int recordSize = 0;
     std::unique_ptr<MemberRecordStorage> storage; ///< Null until the first member is created.
 };

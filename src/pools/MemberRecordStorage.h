@@ -4,6 +4,7 @@
 #ifndef GENTRA_SRC_POOLS_MEMBERRECORDSTORAGE_H
 #define GENTRA_SRC_POOLS_MEMBERRECORDSTORAGE_H
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -18,31 +19,52 @@ public:
     /// `newRecordSize` is in bytes and at least 1.
     explicit MemberRecordStorage(std::size_t newRecordSize);
 
-    /// A record by its place. The block is NO_BLOCK for an address that is no record in use.
+    /// A record by its place.
     struct Place {
         std::uint32_t block;
         std::uint32_t index;
+        [[nodiscard]] bool operator==(Place const& other) const noexcept = default;
     };
-    static constexpr std::uint32_t NO_BLOCK = 0xFFFFFFFFu;
+    static constexpr Place NOWHERE{0xFFFFFFFFu, 0};
 
-    /// A record; its contents are undefined.
-    [[nodiscard]] unsigned char* Take() {
+    /// A record that is not in use yet; its contents are undefined.
+    [[nodiscard]] Place Take() {
         if (freeRecords.empty()) {
             Grow();
         }
         Place const place = freeRecords.back();
         freeRecords.pop_back();
-        Block const& block = blocks[place.block];
-        block.inUse[place.index] = true;
-        return block.bytes.get() + place.index * recordSize;
+        ++pending;
+        return place;
+    }
+    [[nodiscard]] unsigned char* At(Place place) const noexcept {
+        return blocks[place.block].bytes.get() + place.index * recordSize;
+    }
+    /// Begins the use of a record that was taken.
+    void Use(Place place) noexcept {
+        assert(!IsInUse(place) && pending > 0);
+        blocks[place.block].inUse[place.index] = true;
+        --pending;
+    }
+    /// Ends the use of a record, or throws when there will be no memory to give it back, and nothing has changed.
+    void Retire(Place place) {
+        assert(IsInUse(place));
+        if (freeRecords.size() + pending == freeRecords.capacity()) {
+            freeRecords.reserve(2 * freeRecords.capacity());
+        }
+        blocks[place.block].inUse[place.index] = false;
+        ++pending;
+    }
+    /// Takes back a record that was taken or retired.
+    void GiveBack(Place place) noexcept {
+        assert(!IsInUse(place) && pending > 0 && freeRecords.size() < freeRecords.capacity());
+        freeRecords.push_back(place);
+        --pending;
     }
 
-    /// Finds a record that is in use, by any address.
-    [[nodiscard]] Place FindInUse(unsigned char const* record) const;
-    /// Ends the use of a record.
-    void Retire(Place place) { blocks[place.block].inUse[place.index] = false; }
-    /// Takes back a record that was retired.
-    void GiveBack(Place place) { freeRecords.push_back(place); }
+    [[nodiscard]] bool IsInUse(Place place) const noexcept { return blocks[place.block].inUse[place.index]; }
+    /// Finds a record that is in use, by any address; NOWHERE when there is none.
+    [[nodiscard]] Place FindInUse(unsigned char const* record) const noexcept;
 
 private:
     friend struct Validator; // of the tests
@@ -57,6 +79,11 @@ private:
         std::unique_ptr<bool[]> inUse; ///< Per record, so that none is given back twice.
         std::uint32_t recordCount;
     };
+    /// Where a block begins.
+    struct Start {
+        std::uintptr_t address;
+        std::uint32_t block;
+    };
 
     void Grow();
 
@@ -64,10 +91,8 @@ private:
     std::size_t nextBlockSize; ///< In bytes.
     std::vector<Block> blocks; ///< In order of allocation.
     std::vector<Place> freeRecords;
-
-    // Where the blocks begin, ascending, and which one begins there.
-    std::vector<std::uintptr_t> starts;
-    std::vector<std::uint32_t> blockAt;
+    std::size_t pending = 0;   ///< Records that are neither free nor in use. There is room to give them back.
+    std::vector<Start> starts; ///< Ascending by address.
 };
 
 } // namespace Gentra

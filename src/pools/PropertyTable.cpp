@@ -3,6 +3,7 @@
 
 #include "PropertyTable.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace Gentra {
@@ -13,11 +14,12 @@ PropertyTable::PropertyTable() {
 
 PropertyTable::PropertyTable(PropertyTable const& other)
     : properties(other.properties != nullptr ? std::make_unique<Properties>(*other.properties) : nullptr),
-      positions(other.positions) {}
+      withoutEntry(other.withoutEntry), positions(other.positions) {}
 
 PropertyTable& PropertyTable::operator=(PropertyTable const& other) {
     PropertyTable copy(other);
     properties.swap(copy.properties);
+    withoutEntry.swap(copy.withoutEntry);
     positions.swap(copy.positions);
     return *this;
 }
@@ -32,26 +34,45 @@ bool PropertyTable::Insert(PropertyPtr const& property) {
         properties = std::make_unique<Properties>();
     }
     auto const [entry, inserted] = positions.emplace(property->GetPropertyID(), properties->size());
-    if (inserted) {
-        try {
-            properties->push_back(property);
-        } catch (...) {
-            positions.erase(entry);
-            throw;
+    if (!inserted) {
+        if (PositionOf(*property) == properties->size()) {
+            withoutEntry.push_back(property);
         }
+        return false;
     }
-    return inserted;
+    try {
+        properties->push_back(property);
+    } catch (...) {
+        positions.erase(entry);
+        throw;
+    }
+    return true;
 }
 
 void PropertyTable::Clear(MemberPool const& pool) {
     // The last reference may run a host's destructor, which must find the table empty.
     std::unique_ptr<Properties const> const leaving = std::move(properties);
-    positions.clear();
+    std::vector<PropertyPtr> const leavingToo = std::exchange(withoutEntry, {});
+    std::unordered_map<int, std::size_t>().swap(positions); // emptied it would stay as large, and as slow to empty
+    for (PropertyPtr const& property : leavingToo) {
+        property->LeavePool(pool);
+    }
     if (leaving != nullptr) {
         for (PropertyPtr const& property : *leaving) {
             property->LeavePool(pool);
         }
     }
+}
+
+std::size_t PropertyTable::PositionOf(Property const& property) const {
+    auto const found = positions.find(property.GetPropertyID());
+    bool const isEntry = found != positions.end() && (*properties)[found->second].Get() == &property;
+    if (isEntry) {
+        return found->second;
+    }
+    // Under a former ID, perhaps.
+    auto const isSame = [&](PropertyPtr const& other) { return other.Get() == &property; };
+    return static_cast<std::size_t>(std::find_if(All().begin(), All().end(), isSame) - All().begin());
 }
 
 PropertyTable::PropertyPtr const& PropertyTable::FindByID(Util::ShortID id) const {

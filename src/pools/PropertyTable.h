@@ -13,6 +13,7 @@
 #include <deque>
 #include <memory>
 #include <unordered_map>
+#include <vector>
 
 namespace Gentra {
 
@@ -26,10 +27,12 @@ public:
     PropertyTable(PropertyTable const& other);
     PropertyTable& operator=(PropertyTable const& other);
 
-    /// Inserts the property under its present ID; false, with nothing changed, when the table has that ID.
+    /// Inserts the property under its present ID. False when the table has that ID: then it is held without an entry.
     bool Insert(PropertyPtr const& property);
-    /// Empties the table; the properties belong to `pool` no longer.
+    /// Empties the table; the properties belong to `pool` no longer, those without an entry included.
     void Clear(MemberPool const& pool);
+    /// The position of the property's entry; the number of entries when it has none.
+    [[nodiscard]] std::size_t PositionOf(Property const& property) const;
 
     [[nodiscard]] Properties const& All() const { return properties != nullptr ? *properties : None(); }
     // Property::NIL when there is none.
@@ -43,6 +46,7 @@ private:
     [[nodiscard]] static Properties const& None();
 
     std::unique_ptr<Properties> properties;         ///< Null while empty, so that emptying it takes no memory.
+    std::vector<PropertyPtr> withoutEntry;          ///< Their ID was taken.
     std::unordered_map<int, std::size_t> positions; ///< By ID, whose value is its own hash.
 };
 

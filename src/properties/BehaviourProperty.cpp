@@ -5,9 +5,8 @@
 
 #include "gentra/properties/Datum.h"
 
-// Upward: triggering runs a behaviour on its pool.
+// Upward: a trigger runs a behaviour.
 #include "gentra/behaviours/Behaviour.h"
-#include "gentra/pools/MemberPool.h"
 
 namespace Gentra {
 
@@ -46,19 +45,8 @@ PropertyType BehaviourProperty::GetPropertyType() {
 }
 
 void BehaviourProperty::TriggerBehaviour() {
-    Behaviour* const triggered = behaviour; // the trigger may set another one, or destroy this property
-    if (triggered == nullptr || triggered->TriggerLiveBehaviour()) {
-        return;
-    }
-    MemberPool* const pool = triggered->GetOwnerPool();
-    if (pool == nullptr) {
-        return;
-    }
-    if (pool->IsActiveMemberValid()) {
-        pool->ApplyPassiveBehaviourOnActiveMember(*triggered);
-    } else {
-        pool->ApplyPassiveBehaviour(*triggered);
-        pool->ClearActiveMember();
+    if (behaviour != nullptr) {
+        behaviour->Trigger(); // last: it may set another one, or destroy this property
     }
 }
 

@@ -4,75 +4,72 @@
 #ifndef GENTRA_SRC_PROPERTIES_INSTANCESTORE_H
 #define GENTRA_SRC_PROPERTIES_INSTANCESTORE_H
 
+#include <cassert>
+#include <cstddef>
 #include <memory>
 #include <unordered_map>
-#include <utility>
 #include <vector>
 
 namespace Gentra {
 
 /// Owns the objects that a property creates for the members of its pool.
 ///
-/// Objects that are given back wait for a later member. None is destroyed before the store, so that whoever
-/// still points at one never reads freed memory. `Reset` is a function that makes an object as good as new.
+/// Objects that are given back wait for a later member, which takes no memory. None is destroyed before the store, so
+/// that whoever still points at one never reads freed memory. `reset` is a function that makes an object as good as new.
 template<class T>
 class InstanceStore {
 public:
     /// An object for the datum at that address.
     template<class Make>
     [[nodiscard]] T* Take(void const* datum, Make const& make) {
-        if (idle.empty()) {
-            idle.push_back(make());
+        if (used == instances.size()) {
+            instances.push_back(make());
         }
-        T* const instance = idle.back().get();
-        inUse.try_emplace(instance, Use{nullptr, datum}).first->second.instance = std::move(idle.back());
-        idle.pop_back();
+        T* const instance = instances[used].get();
+        uses.emplace(instance, Use{used, datum});
+        ++used;
         return instance;
     }
 
-    /// Takes back the object of the datum at that address. One that was made for another datum, or that the
-    /// store did not make at all, is left alone.
-    template<class Reset>
-    void GiveBack(T* instance, void const* datum, Reset const& reset) {
-        auto const found = inUse.find(instance);
-        if (found != inUse.end() && found->second.datum == datum) {
-            Retire(found->second, reset);
-            inUse.erase(found);
-        }
+    /// Whether the object was made for the datum at that address. The object may be anything.
+    [[nodiscard]] bool WasMadeFor(T const* instance, void const* datum) const {
+        auto const found = uses.find(instance);
+        return found != uses.end() && found->second.datum == datum;
     }
 
-    /// Keeps an object in use until GiveBackAll(), because more than its own datum may point at it.
-    void Share(T const* instance) noexcept {
-        auto const found = inUse.find(const_cast<T*>(instance));
-        if (found != inUse.end()) {
-            found->second.datum = nullptr;
+    /// Takes back an object that was made for some datum.
+    template<class Reset>
+    void GiveBack(T* instance, Reset const& reset) {
+        auto const found = uses.find(instance);
+        assert(found != uses.end());
+        std::size_t const position = found->second.position;
+        uses.erase(found);
+        --used;
+        if (position < used) {
+            instances[position].swap(instances[used]);
+            uses.find(instances[position].get())->second.position = position;
         }
+        reset(*instance);
     }
 
     template<class Reset>
     void GiveBackAll(Reset const& reset) {
-        idle.reserve(idle.size() + inUse.size());
-        for (auto& entry : inUse) {
-            Retire(entry.second, reset);
+        for (std::size_t i = 0; i < used; ++i) {
+            reset(*instances[i]);
         }
-        inUse.clear();
+        used = 0;
+        std::unordered_map<T const*, Use>().swap(uses); // emptied it would stay as large, and as slow to empty
     }
 
 private:
     struct Use {
-        std::unique_ptr<T> instance;
-        void const* datum; ///< What the object was made for; null when others may point at it.
+        std::size_t position; ///< In `instances`.
+        void const* datum;    ///< What the object was made for.
     };
 
-    template<class Reset>
-    void Retire(Use& use, Reset const& reset) {
-        reset(*use.instance);
-        idle.push_back(nullptr);
-        idle.back() = std::move(use.instance);
-    }
-
-    std::unordered_map<T*, Use> inUse;
-    std::vector<std::unique_ptr<T>> idle;
+    std::vector<std::unique_ptr<T>> instances; ///< Those in use come first.
+    std::size_t used = 0;
+    std::unordered_map<T const*, Use> uses;
 };
 
 } // namespace Gentra

@@ -11,6 +11,7 @@
 #include "gentra/pools/MemberPool.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace Gentra {
 
@@ -277,6 +278,33 @@ Member MemberSelection::RemoveMemberByIndex(int index) {
 
 void MemberSelection::RemoveMember(Member member) {
     Remove([&](MemberList& members) { return members.Find(member); });
+}
+
+void MemberSelection::RemoveMembers(std::vector<Member> const& members) {
+    if (entries == nullptr) {
+        return;
+    }
+    constexpr auto byRecord = [](Member a, Member b) { return std::less<>()(a.record, b.record); };
+    std::vector<Member> sorted = members;
+    std::sort(sorted.begin(), sorted.end(), byRecord);
+    bool activeWent = false;
+    bool cursorWent = false;
+    // From behind: what follows an entry that goes may move, what comes before it does not.
+    for (MemberList::Place place = entries->Last(); place.IsValid();) {
+        MemberList::Place const previous = entries->Previous(place);
+        if (std::binary_search(sorted.begin(), sorted.end(), entries->At(place), byRecord)) {
+            cursorWent = cursorWent || entries->cursor == place;
+            entries->cursor = cursorWent ? MemberList::Place() : entries->cursor;
+            activeWent = entries->Erase(place) == activeMember || activeWent;
+            changed = true;
+        }
+        place = previous;
+    }
+    if (activeWent) {
+        ActivateFirstMember();
+    } else if (cursorWent) {
+        entries->cursor = entries->First();
+    }
 }
 
 Member MemberSelection::RemoveAnyMember() {

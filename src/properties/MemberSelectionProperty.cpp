@@ -10,8 +10,6 @@
 #include "gentra/util/GlobalMessageManager.h"
 
 // Upward: base pools are named by ID and looked up in the main context.
-#include "gentra/pools/Context.h"
-#include "gentra/pools/ContextManager.h"
 #include "gentra/pools/MemberPool.h"
 
 namespace Gentra {
@@ -26,12 +24,14 @@ MemberSelectionProperty::MemberSelectionProperty(char const* newName)
 MemberSelectionProperty::MemberSelectionProperty(std::string const& newName)
     : ownSelection(std::make_unique<MemberSelection>(nullptr)),
       instances(std::make_unique<InstanceStore<MemberSelection>>()) {
+    takeBackInstances = &TakeBackInstances;
     Init(newName);
 }
 
 MemberSelectionProperty::MemberSelectionProperty(MemberSelectionProperty const& other)
     : Property(other), ownSelection(std::make_unique<MemberSelection>(*other.ownSelection)),
       instances(std::make_unique<InstanceStore<MemberSelection>>()) {
+    takeBackInstances = &TakeBackInstances;
     *this = other;
 }
 
@@ -64,8 +64,29 @@ void* MemberSelectionProperty::GetPoolData() {
 void MemberSelectionProperty::SetPoolData(void* data) {
     if (data != nullptr) {
         poolDatum = Datum::Read<MemberSelection*>(data);
-        instances->Share(poolDatum);
+        Share(poolDatum, &poolDatum);
     }
+}
+
+void MemberSelectionProperty::SetDataToMemberSelection(void* data, MemberSelection& selection, int index) {
+    if (data != nullptr) {
+        Share(Datum::Read<MemberSelection*>(data), GetDataFromMemberSelection(selection, index));
+    }
+    Property::SetDataToMemberSelection(data, selection, index);
+}
+
+/// A selection that was made for one datum and is stored in another as well must not be emptied with the first.
+void MemberSelectionProperty::Share(MemberSelection* selection, void const* datum) {
+    if (selection != nullptr && !instances->WasMadeFor(selection, datum)) {
+        selection->shared = true;
+    }
+}
+
+Util::WeakPtr<MemberSelectionProperty> MemberSelectionProperty::Watch() {
+    if (life == nullptr) {
+        life = std::make_unique<Util::WeakSource<MemberSelectionProperty>>(this);
+    }
+    return Util::WeakPtr<MemberSelectionProperty>(*life);
 }
 
 /// Makes a selection as good as new, but for the time stamp: whoever kept the old one shall not find it
@@ -74,6 +95,7 @@ void MemberSelectionProperty::Renew(MemberSelection& selection, MemberPool* base
     selection.Clear();
     selection.SetBasePool(basePool);
     selection.life.reset();
+    selection.shared = false;
     ++selection.recreationTimeStamp;
 }
 
@@ -100,14 +122,15 @@ void MemberSelectionProperty::OnInstanceCreation(unsigned char* datum) {
 }
 
 void MemberSelectionProperty::OnInstanceDeletion(unsigned char* datum) {
-    if (datum != nullptr) {
-        instances->GiveBack(Datum::Read<MemberSelection*>(datum), datum,
-                            [](MemberSelection& selection) { Renew(selection, nullptr); });
+    MemberSelection* const selection = datum != nullptr ? Datum::Read<MemberSelection*>(datum) : nullptr;
+    if (instances->WasMadeFor(selection, datum) && !selection->shared) {
+        instances->GiveBack(selection, [](MemberSelection& each) { Renew(each, nullptr); });
     }
 }
 
-void MemberSelectionProperty::TakeBackInstances() {
-    instances->GiveBackAll([](MemberSelection& selection) { Renew(selection, nullptr); });
+void MemberSelectionProperty::TakeBackInstances(Property& property) {
+    static_cast<MemberSelectionProperty&>(property).instances->GiveBackAll(
+        [](MemberSelection& selection) { Renew(selection, nullptr); });
 }
 
 int MemberSelectionProperty::GetDataSize() const {
@@ -119,7 +142,7 @@ PropertyType MemberSelectionProperty::GetPropertyType() {
 }
 
 void MemberSelectionProperty::SetBasePoolFromID() {
-    MemberPool* const pool = ContextManager::GetMainContext().GetMemberPoolFromID(basePoolID);
+    MemberPool* const pool = MemberPool::Find(basePoolID);
     if (pool == nullptr) {
         GlobalMessageManager::OutputMessage("Error: MemberSelectionProperty '%s' could not set it's "
                                             "BasePool. Either it's not linked, or the link "
@@ -142,7 +165,6 @@ MemberSelection* MemberSelectionProperty::GetMemberSelection(MemberSelection& se
 }
 
 void MemberSelectionProperty::SetMemberSelection(MemberSelection* newSelection, MemberSelection& selection, int index) {
-    instances->Share(newSelection);
     SetDataToMemberSelection(&newSelection, selection, index);
 }
 

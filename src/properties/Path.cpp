@@ -204,14 +204,13 @@ int Path::LastIndex() const noexcept {
     return indices.empty() ? NO_MEMBER : indices.back();
 }
 
-/// Whether the level's datum can be read of members of that selection. In records that do not have it, its
-/// offset would hit anything, and that would be taken for a pointer.
+/// Whether the level's datum is one of the members of that selection: a path from a file may name any property.
 bool Path::LeadsOnFrom(MemberSelectionProperty const& level, MemberSelection const& selection) {
+    if (level.GetPropertyOwner() != MEMBER) {
+        return &level != MemberSelectionProperty::NIL.Get(); // everybody's
+    }
     MemberPool const* const pool = selection.GetBasePool();
-    bool const isNil = &level == MemberSelectionProperty::NIL.Get(); // everybody's
-    return !isNil &&
-           (level.GetPropertyOwner() != MEMBER ||
-            (pool != nullptr && pool->HasDatumOf(level, level.GetDataOffset(), MEMBERSELECTION, level.GetDataSize())));
+    return pool != nullptr && level.GetDataOffset() >= 0 && pool->OffsetOf(level) == level.GetDataOffset();
 }
 
 /// The selection that the first levels lead to, or null.

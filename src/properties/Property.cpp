@@ -4,8 +4,6 @@
 #include "gentra/properties/Property.h"
 
 #include "gentra/properties/MemberSelection.h"
-#include "gentra/properties/MemberSelectionProperty.h"
-#include "gentra/properties/TextProperty.h"
 
 // Upward: a member property's datum lies in a record of its pool.
 #include "gentra/pools/MemberPool.h"
@@ -43,7 +41,7 @@ unsigned char* Property::FindMemberDatum(MemberSelection& selection, int index) 
     }
     // The property may be of an earlier layout, or of another pool than the selection.
     MemberPool const* const pool = selection.GetBasePool();
-    if (pool != nullptr && !pool->RecordReaches(dataOffset, GetDataSize())) {
+    if (pool != nullptr && !pool->HasDatum(dataOffset, GetDataSize(), GetPropertyType())) {
         return nullptr;
     }
     return member.record + dataOffset;
@@ -138,14 +136,8 @@ void Property::LeavePool(MemberPool const& pool) {
     owner = FLEXIBLE;
     dataOffset = -1;
     // The members of a pool that it was taken from still point at their instances.
-    if (takenOver) {
-        return;
-    }
-    // Not virtual: the slots are fixed, and these two are the only ones that create instances.
-    if (auto* const selections = dynamic_cast<MemberSelectionProperty*>(this)) {
-        selections->TakeBackInstances();
-    } else if (auto* const texts = dynamic_cast<TextProperty*>(this)) {
-        texts->TakeBackInstances();
+    if (!takenOver && takeBackInstances != nullptr) {
+        takeBackInstances(*this);
     }
 }
 

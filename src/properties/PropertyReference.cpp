@@ -10,8 +10,6 @@
 #include "gentra/util/GlobalMessageManager.h"
 
 // Upward: a reference is bound to a pool, which it finds in the main context.
-#include "gentra/pools/Context.h"
-#include "gentra/pools/ContextManager.h"
 #include "gentra/pools/MemberPool.h"
 
 namespace Gentra {
@@ -86,7 +84,7 @@ void PropertyReference::SetOwnerPoolID(Util::ShortID const& id) {
     }
     Util::RefCountPtr<Property> const formerTarget = property;
     ownerPoolID = id;
-    SetNewOwnerPool(ContextManager::GetMainContext().GetMemberPoolFromID(ownerPoolID));
+    SetNewOwnerPool(MemberPool::Find(ownerPoolID));
     GetPropertyFromOwnerPool();
 }
 

@@ -16,11 +16,13 @@ TextProperty::TextProperty(char const* newName) : TextProperty(Util::String(newN
 
 TextProperty::TextProperty(std::string const& newName)
     : poolText(std::make_unique<Text>()), instances(std::make_unique<InstanceStore<Text>>()) {
+    takeBackInstances = &TakeBackInstances;
     Init(newName);
 }
 
 TextProperty::TextProperty(TextProperty const& other)
     : Property(other), poolText(std::make_unique<Text>()), instances(std::make_unique<InstanceStore<Text>>()) {
+    takeBackInstances = &TakeBackInstances;
     *this = other;
 }
 
@@ -77,13 +79,14 @@ void TextProperty::OnInstanceCreation(unsigned char* datum) {
 }
 
 void TextProperty::OnInstanceDeletion(unsigned char* datum) {
-    if (datum != nullptr) {
-        instances->GiveBack(Datum::Read<Text*>(datum), datum, [](Text& text) { text.clear(); });
+    Text* const text = GetStringFromPropertyData(datum);
+    if (instances->WasMadeFor(text, datum)) {
+        instances->GiveBack(text, [](Text& each) { each.clear(); });
     }
 }
 
-void TextProperty::TakeBackInstances() {
-    instances->GiveBackAll([](Text& text) { text.clear(); });
+void TextProperty::TakeBackInstances(Property& property) {
+    static_cast<TextProperty&>(property).instances->GiveBackAll([](Text& text) { text.clear(); });
 }
 
 int TextProperty::GetDataSize() const {

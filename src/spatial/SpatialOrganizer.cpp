@@ -32,22 +32,20 @@ void SpatialOrganizer::Update(float refreshInterval, float rebuildInterval, floa
 MemberPool* SpatialOrganizer::PoolWithPositions() const noexcept {
     MemberSelection const* const organised = selection;
     MemberPool* const pool = organised != nullptr ? organised->GetBasePool() : nullptr;
-    bool const isThere = pool != nullptr && pool->HasDatumOf(*positionProperty, positionOffset, VECTOR,
-                                                             static_cast<int>(sizeof(Math::Vec3)));
+    bool const isThere = pool != nullptr && positionOffset >= 0 && positionProperty->GetPropertyType() == VECTOR &&
+                         pool->OffsetOf(*positionProperty) == positionOffset;
     return isThere ? pool : nullptr;
 }
 
 void SpatialOrganizer::BeginSorting(MemberPool const& pool) noexcept {
-    sortedPool = pool.GetIdentityValue();
-    timesCleared = pool.timesCleared;
+    sortedGeneration = pool.GetGeneration();
 }
 
-/// A clearing counts from its beginning, and the layout of records does not change in between.
+/// A clearing counts from its beginning, and no two pools have a generation in common.
 MemberPool* SpatialOrganizer::PoolOfSorted() const noexcept {
     MemberSelection const* const organised = selection;
     MemberPool* const pool = organised != nullptr ? organised->GetBasePool() : nullptr;
-    bool const isSame = pool != nullptr && pool->identity == sortedPool && pool->timesCleared == timesCleared;
-    return isSame ? pool : nullptr;
+    return pool != nullptr && pool->GetGeneration() == sortedGeneration ? pool : nullptr;
 }
 
 } // namespace Gentra

@@ -3,11 +3,13 @@
 
 #include "gentra/util/EventManager.h"
 
+#include "FirstException.h"
+
 #include "gentra/util/Event.h"
 #include "gentra/util/EventListener.h"
 
 #include <algorithm>
-#include <iterator>
+#include <functional>
 
 namespace Util {
 
@@ -49,17 +51,33 @@ void EventManager::AppendTo(EventType const& type, EventListener* listener) {
     auto const entry = listeners.try_emplace(type).first;
     ListenerList& list = entry->second;
     bool const inDelivery = dispatching && &list == dispatchList;
-    std::size_t const delivered = inDelivery ? static_cast<std::size_t>(dispatchNext - list.data()) : 0;
+    auto const delivered = inDelivery ? static_cast<std::size_t>(dispatchNext - list.listeners.data()) : 0;
+    std::uint64_t const number = ++registrationsSoFar;
     try {
-        list.push_back(listener);
+        list.numbers.push_back(number);
+        places.emplace(Place{listener, {type.hash, type.subIndex}}, number);
+        list.listeners.push_back(listener);
     } catch (...) {
-        if (list.empty()) {
+        if (list.numbers.size() > list.listeners.size()) {
+            RemoveNumber({listener, {type.hash, type.subIndex}}, number);
+            list.numbers.pop_back();
+        }
+        if (list.listeners.empty()) {
             listeners.erase(entry);
         }
         throw;
     }
     if (inDelivery) {
         SetCursor(delivered);
+    }
+}
+
+/// If it is there: memory may have run out before it was noted.
+void EventManager::RemoveNumber(Place const& place, std::uint64_t number) {
+    auto const [first, end] = places.equal_range(place);
+    auto const found = std::find_if(first, end, [&](auto const& each) { return each.second == number; });
+    if (found != end) {
+        places.erase(found);
     }
 }
 
@@ -71,20 +89,25 @@ void EventManager::RemoveListener(EventListener* listener, EventType const& type
     if (dispatching && *dispatchNext == listener) {
         MoveCursorPast(listener);
     }
-    EraseFrom(entry->second, listener);
-    if (entry->second.empty()) {
+    ListenerList& list = entry->second;
+    RemoveFrom(list, {listener, {type.hash, type.subIndex}});
+    if (list.removed == list.listeners.size()) {
         // Never the list in delivery with its cursor on an entry: the cursor left this listener above.
         listeners.erase(entry);
+    } else if (list.removed > list.listeners.size() / 2 && !(dispatching && &list == dispatchList)) {
+        Tidy(list);
     }
     DropRecord(listener, type);
 }
 
 void EventManager::Trigger(Event const& event) {
-    Deliver({event.type.hash, event.type.subIndex}, event);
-    Deliver({event.type.hash, -1}, event);
+    FirstException exception;
+    Deliver({event.type.hash, event.type.subIndex}, event, exception);
+    Deliver({event.type.hash, -1}, event, exception);
+    exception.ThrowOn();
 }
 
-void EventManager::Deliver(TypeKey key, Event const& event) {
+void EventManager::Deliver(TypeKey key, Event const& event, FirstException& exception) {
     auto const entry = listeners.find(key);
     if (entry == listeners.end()) {
         return;
@@ -97,43 +120,40 @@ void EventManager::Deliver(TypeKey key, Event const& event) {
     // a handler does to the list or the cursor sets `cursorMoved`.
     EventListener** next = dispatchNext;
     EventListener** end = dispatchEnd;
-    try {
-        for (;;) {
-            EventListener* const listener = *next++;
-            if (next == end) {
-                dispatching = false;
-                listener->HandleEvent(event);
-                break;
-            }
-            dispatchNext = next;
-            listener->HandleEvent(event);
-            if (!cursorMoved) {
-                continue;
-            }
-            if (!dispatching) {
-                break;
-            }
-            cursorMoved = false;
-            next = dispatchNext;
-            end = dispatchEnd;
+    for (;;) {
+        EventListener* const listener = *next++;
+        while (next != end && *next == nullptr) {
+            ++next;
         }
-        cursorMoved = true; // for a delivery around this one
-    } catch (...) {
-        dispatching = false;
-        cursorMoved = true;
-        throw;
+        if (next == end) {
+            dispatching = false;
+            exception.During([&] { listener->HandleEvent(event); });
+            break;
+        }
+        dispatchNext = next;
+        exception.During([&] { listener->HandleEvent(event); });
+        if (!cursorMoved) {
+            continue;
+        }
+        if (!dispatching) {
+            break;
+        }
+        cursorMoved = false;
+        next = dispatchNext;
+        end = dispatchEnd;
     }
+    cursorMoved = true; // for a delivery around this one
 }
 
 /// Puts the cursor on a position of the list in delivery, whose storage may have moved.
 void EventManager::SetCursor(std::size_t position) noexcept {
-    dispatchNext = dispatchList->data() + position;
-    dispatchEnd = dispatchList->data() + dispatchList->size();
-    cursorMoved = true;
+    dispatchNext = dispatchList->listeners.data() + position;
+    dispatchEnd = dispatchList->listeners.data() + dispatchList->listeners.size();
+    MoveCursorPast(nullptr);
 }
 
-void EventManager::MoveCursorPast(EventListener const* listener) {
-    while (dispatchNext != dispatchEnd && *dispatchNext == listener) {
+void EventManager::MoveCursorPast(EventListener const* listener) noexcept {
+    while (dispatchNext != dispatchEnd && (*dispatchNext == listener || *dispatchNext == nullptr)) {
         ++dispatchNext;
     }
     cursorMoved = true;
@@ -142,15 +162,32 @@ void EventManager::MoveCursorPast(EventListener const* listener) {
     }
 }
 
-void EventManager::EraseFrom(ListenerList& list, EventListener const* listener) {
-    if (!dispatching || &list != dispatchList) {
-        std::erase(list, listener);
-        return;
+void EventManager::RemoveFrom(ListenerList& list, Place const& place) {
+    auto const [first, end] = places.equal_range(place);
+    for (auto each = first; each != end; ++each) {
+        auto const number = std::lower_bound(list.numbers.begin(), list.numbers.end(), each->second);
+        list.listeners[static_cast<std::size_t>(number - list.numbers.begin())] = nullptr;
+        ++list.removed;
     }
-    auto const delivered = static_cast<std::size_t>(dispatchNext - list.data());
-    auto const erasedBefore = static_cast<std::size_t>(std::count(list.data(), list.data() + delivered, listener));
-    std::erase(list, listener);
-    SetCursor(delivered - erasedBefore);
+    places.erase(first, end);
+}
+
+void EventManager::Tidy(ListenerList& list) {
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < list.listeners.size(); ++i) {
+        list.listeners[kept] = list.listeners[i];
+        list.numbers[kept] = list.numbers[i];
+        kept += list.listeners[i] != nullptr ? 1 : 0;
+    }
+    list.listeners.resize(kept);
+    list.numbers.resize(kept);
+    list.removed = 0;
+}
+
+std::size_t EventManager::PlaceHash::operator()(Place const& place) const noexcept {
+    auto const type = static_cast<std::uint32_t>(place.type.hash) * 0x9E3779B1u ^
+                      static_cast<std::uint32_t>(place.type.subIndex) * 0x85EBCA77u;
+    return std::hash<EventListener const*>()(place.listener) ^ type;
 }
 
 void EventManager::DropRecord(EventListener* listener, EventType const& type) {

@@ -52,7 +52,7 @@ TEST(PlugIns, AreJudgedByTheirFirstStamp) {
         GENTRA_PLUG_IN_STAMP(GENTRA_VERSION_MAJOR, GENTRA_VERSION_MINOR, GENTRA_POINTER_SIZE);
     auto const stamp = [](int major, int minor, std::size_t pointerSize) {
         return std::string(1, '\0') + "Gentra plug-in: version " + std::to_string(major) + "." + std::to_string(minor) +
-               ", pointers of " + std::to_string(pointerSize) + " bytes" + std::string(1, '\0');
+               ", pointers of " + std::to_string(pointerSize) + " bytes, " + (GENTRA_CHECKED != 0 ? "checked" : "unchecked") + std::string(1, '\0');
     };
     std::string const here =
         "but this is Gentra " + std::to_string(GENTRA_VERSION_MAJOR) + "." + std::to_string(GENTRA_VERSION_MINOR);
@@ -72,6 +72,11 @@ TEST(PlugIns, AreJudgedByTheirFirstStamp) {
                        {"Gentra plug-in: version " + stamp(GENTRA_VERSION_MAJOR, 0, size) + stamp(99, 0, size), ""},
                        {stamp(-1, 0, size) + stamp(GENTRA_VERSION_MAJOR, 0, size), ""},
                        {"Gentra plug-in: version 99999999999.0, pointers of 8 bytes", "it is no Gentra plug-in"},
+                       {stamp(GENTRA_VERSION_MAJOR, 0, size) + "!", ""},
+                       {"Gentra plug-in: version 1.0, pointers of " + std::to_string(size) + " bytes, " +
+                            (GENTRA_CHECKED != 0 ? "unchecked" : "checked"),
+                        GENTRA_CHECKED != 0 ? "it was built without checks of accesses, but this Gentra makes them"
+                                            : "it was built to check accesses, but this Gentra does not"},
                        {"", "it is no Gentra plug-in"}};
     for (auto const& [file, expected] : cases) {
         EXPECT_EQ(PlugIn::WhyRefused(file), expected);

@@ -183,15 +183,48 @@ TEST(Records, AreFoundInBlocksWhereverTheyLie) {
     EXPECT_EQ(Validator::CountRecords(pool), 0);
 }
 
-TEST(Records, AreNotFilledFurtherWhenTheHostsInstanceDeletesTheMember) {
-    struct Deleting : InstanceCreationFunctor {
-        void CreateInstance(unsigned char* datum, int) override { pool.DeleteMember(Member(datum)); }
-        void DeleteInstance(unsigned char*, int) override {}
-        Pool pool;
-    } functor;
-    functor.pool.AddMemberProperty(new FixedSizeDataProperty("first", 8, &functor));
-    functor.pool.AddMemberProperty(Value("second"));
-    EXPECT_FALSE(functor.pool.CreateNewMember().IsValid());
+/// Throws or meddles where it is told to, and counts who is alive.
+struct Meddling : InstanceCreationFunctor {
+    void CreateInstance(unsigned char* datum, int) override {
+        onCreation(datum);
+        alive.push_back(datum);
+    }
+    void DeleteInstance(unsigned char* datum, int) override {
+        std::erase(alive, datum);
+        onDeletion(datum);
+    }
+    std::vector<unsigned char*> alive;
+    std::function<void(unsigned char*)> onCreation = [](unsigned char*) {};
+    std::function<void(unsigned char*)> onDeletion = [](unsigned char*) {};
+};
+
+TEST(Records, AreInUseOnceTheirDataAreSetUp) {
+    MessageLog const log;
+    Meddling functor;
+    Pool pool;
+    pool.AddMemberProperty(new FixedSizeDataProperty("first", 8, &functor));
+    pool.AddMemberProperty(new FixedSizeDataProperty("second", 8, &functor));
+    functor.onCreation = [&](unsigned char* datum) {
+        pool.DeleteMember(Member(datum));
+        EXPECT_FALSE(pool.HasMember(Member(datum)));
+    };
+    Member const member = pool.CreateNewMember();
+    EXPECT_TRUE(pool.HasMember(member)) << "half-made it could not be deleted";
+    EXPECT_EQ(log.Take().size(), 1u);
+    int left = 1;
+    functor.onCreation = [&](unsigned char*) {
+        if (left-- == 0) {
+            throw 1;
+        }
+    };
+    EXPECT_THROW(pool.CreateNewMember(), int);
+    EXPECT_EQ(functor.alive, (std::vector{member.record, member.record + 8})) << "what was created before went again";
+    functor.onDeletion = [](unsigned char*) { throw 1; };
+    EXPECT_THROW(pool.DeleteMember(member), int);
+    EXPECT_TRUE(functor.alive.empty()) << "all are deleted, whoever throws";
+    functor.onCreation = functor.onDeletion = [](unsigned char*) {};
+    EXPECT_EQ(pool.CreateNewMember(), member);
+    Validator::CheckPool(pool, std::set{member.record});
 }
 
 // Clearing, copying.
@@ -240,12 +273,12 @@ TEST(Clearing, SurvivesListenersThatMeddle) {
               Messages(6, "Error :: Construction :: Nothing can be added to the Pool \"Pool\" while it is cleared"));
 
     pool.AddMemberProperty(Value("m"));
+    pool.AddPoolProperty(Value("p"));
     {
         Listener const throwing(Property::EVENT, [](Util::Event const&) { throw 1; });
         EXPECT_THROW(pool.InitializeMemberPool(), int);
     }
-    pool.InitializeMemberPool();
-    EXPECT_TRUE(pool.GetAllProperties().empty());
+    EXPECT_TRUE(pool.GetAllProperties().empty()) << "carried out all the same";
 
     Listener const creator(Property::EVENT, [&](Util::Event const& event) {
         if (event.param1 == 0) {
@@ -290,6 +323,69 @@ TEST(Pools, MayBeDestroyedInsideTheirEvents) {
     Constructor const destroyer([&](MemberPool&) { pool.reset(); });
     pool->ProcessMemberPool();
     EXPECT_EQ(pool, nullptr);
+}
+
+TEST(Pools, EndWholeThoughListenersThrow) {
+    MessageLog const log;
+    auto pool = std::make_unique<Pool>("Ending");
+    PropertyPtr const property = Value("p");
+    pool->AddPoolProperty(property);
+    Util::ShortID const id = pool->GetMemberPoolID();
+    {
+        Listener const ofProperties(Property::EVENT, [](Util::Event const&) { throw 1; });
+        Listener const ofPools(MemberPool::EVENT_DELETED, [](Util::Event const&) { throw 2; });
+        pool.reset();
+    }
+    EXPECT_EQ(log.Take(), Messages{"Error :: MemberPool :: An exception was thrown while the Pool \"Ending\" was destroyed"});
+    EXPECT_EQ(MainContext().GetMemberPoolFromID(id), nullptr);
+    EXPECT_TRUE(MainContext().GetPropertyByID(property->GetPropertyID()) == Property::NIL);
+    EXPECT_EQ(property->GetOwnerPool(), nullptr);
+}
+
+TEST(Pools, LetGoOfPropertiesWhoseIdWasTaken) {
+    for (bool const amongMembers : {false, true}) {
+        Pool pool;
+        PropertyPtr const first = Value("first");
+        PropertyPtr const second = Value("second");
+        int left = 0;
+        Listener const listener(Property::EVENT, [&](Util::Event const& event) { left += event.param1; });
+        for (PropertyPtr const& each : {first, second}) {
+            each->SetPropertyID(5);
+            amongMembers ? pool.AddMemberProperty(each) : pool.AddPoolProperty(each);
+        }
+        EXPECT_EQ(second->GetOwnerPool(), &pool);
+        pool.InitializeMemberPool();
+        EXPECT_EQ(second->GetOwnerPool(), nullptr);
+        EXPECT_EQ(second->GetPropertyOwner(), FLEXIBLE);
+        EXPECT_EQ(second.GetCount(), 1);
+        EXPECT_EQ(left, 1) << "without an event";
+    }
+}
+
+TEST(Pools, RemoveAndDeleteManyMembersInOneGo) {
+    MessageLog const log;
+    Pool pool;
+    pool.AddMemberProperty(Value("v"));
+    pool.SetMemberCount(300);
+    std::vector<Member> const all = pool.GetAllMembers();
+    pool.AddMember(pool, all[7]); // twice in the list
+    pool.ActivateMember(7);
+    std::vector<Member> going{all[7], all[0], all[299], Member::NIL};
+    for (std::size_t i = 100; i < 200; ++i) {
+        going.push_back(all[i]);
+    }
+    pool.RemoveAndDeleteMembers(going);
+    Validator::CheckSelection(pool);
+    Validator::CheckPool(pool, std::nullopt);
+    EXPECT_EQ(Validator::CountRecords(pool), 197);
+    EXPECT_EQ(pool.GetNumMembers(), 197);
+    EXPECT_EQ(pool.ActiveMember(), all[1]) << "the active one was among them";
+    EXPECT_EQ(pool.GetAllMembers()[98], all[200]);
+    EXPECT_EQ(pool.CreateNewMember(), all[199]) << "deleted in the given order";
+    pool.ActivateMember(50);
+    pool.RemoveMembers({all[1]});
+    EXPECT_EQ(pool.ActiveMember(), all[52]);
+    EXPECT_TRUE(log.Take().empty());
 }
 
 TEST(Copies, AreDetachedTwins) {

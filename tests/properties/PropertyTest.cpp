@@ -295,20 +295,12 @@ TEST(NewMembers, KeepTheirInstancesWhenAnotherPoolTookTheProperty) {
 }
 
 TEST(DeletedMembers, AreDeletedOnceThoughTheirInstanceDeletesThemAgain) {
-    for (bool const clearing : {false, true}) {
-        Functor functor;
-        Pool pool;
-        functor.meddle = [&](Member member) {
-            pool.DeleteMember(member);
-            if (clearing) {
-                pool.InitializeMemberPool();
-            }
-        };
-        pool.AddMemberProperty(new FixedSizeDataProperty("f", 8, &functor));
-        pool.DeleteMember(pool.CreateNewMember());
-        EXPECT_EQ(functor.alive, 0);
-        EXPECT_EQ(pool.GetAllProperties().empty(), clearing);
-    }
+    Functor functor;
+    Pool pool;
+    functor.meddle = [&](Member member) { pool.DeleteMember(member); };
+    pool.AddMemberProperty(new FixedSizeDataProperty("f", 8, &functor));
+    pool.DeleteMember(pool.CreateNewMember());
+    EXPECT_EQ(functor.alive, 0);
 }
 
 TEST(NewMembers, GoAgainWhenTheHostsInstanceThrows) {

@@ -39,7 +39,7 @@ struct Validator {
         } else {
             Require(!alive || alive->empty(), "members without records");
         }
-        Require(pool.construction == nullptr && !pool.clearing, "the pool is at rest");
+        Require(pool.newborn == nullptr && !pool.clearing && !pool.IsInUse(), "the pool is at rest");
     }
 
     static void CheckSelection(MemberSelection const& selection) {
@@ -62,18 +62,20 @@ struct Validator {
     }
 
 private:
-    /// The data lie end to end in the record, each byte in one place.
+    /// The data lie end to end in the record, each byte in one place, with an entry of the table or without.
     static void CheckLayout(MemberPropertyTable const& table) {
-        std::vector<MemberPropertyTable::Place> places = table.places;
-        Require(places.size() == table.table.positions.size(), "a place for each property");
-        places.insert(places.end(), table.placesOnly.begin(), table.placesOnly.end());
-        std::sort(places.begin(), places.end(), [](auto const& a, auto const& b) {
-            return a.offset != b.offset ? a.offset < b.offset : a.size < b.size;
-        });
+        Require(table.places.size() == table.table.positions.size(), "a place for each property");
+        Require(table.layout.size() == table.places.size() + table.bare.size(), "data and places");
         int end = 0;
-        for (MemberPropertyTable::Place const& place : places) {
-            Require(place.offset == end, "a gap or an overlap in the record");
-            end += place.size;
+        for (auto const& datum : table.layout) {
+            auto const isSame = [&](auto const& other) {
+                return other.offset == datum.offset && other.size == datum.size && other.type == datum.type;
+            };
+            Require(datum.offset == end, "a gap or an overlap in the record");
+            Require(std::any_of(table.places.begin(), table.places.end(), isSame) ||
+                        std::any_of(table.bare.begin(), table.bare.end(), isSame),
+                    "a datum of nobody");
+            end += datum.size;
         }
         Require(end == table.recordSize, "the record's size");
     }
@@ -101,10 +103,12 @@ private:
         Require(std::none_of(free.begin(), free.end(), [&](auto* record) { return inUse.contains(record); }),
                 "a record is free and in use");
 
-        Require(std::is_sorted(storage.starts.begin(), storage.starts.end()), "the blocks' starts are out of order");
+        Require(storage.pending == 0, "a record is on its way");
         for (std::size_t i = 0; i < storage.blocks.size(); ++i) {
-            auto const start = reinterpret_cast<std::uintptr_t>(storage.blocks.at(storage.blockAt.at(i)).bytes.get());
-            Require(storage.starts.at(i) == start, "a block's start");
+            auto const& start = storage.starts.at(i);
+            auto const* const bytes = storage.blocks.at(start.block).bytes.get();
+            Require(start.address == reinterpret_cast<std::uintptr_t>(bytes), "a block's start");
+            Require(i == 0 || storage.starts[i - 1].address < start.address, "the blocks' starts are out of order");
         }
     }
 

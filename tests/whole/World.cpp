@@ -98,6 +98,7 @@ struct PoolState {
     int id = 0;
     std::string name;
     std::vector<PropertyState*> poolTable;
+    std::vector<PropertyState*> poolOnly; ///< Pool properties whose ID was taken.
     std::vector<Place> memberTable;
     std::vector<Place> placesOnly;
     int recordSize = 0;
@@ -237,7 +238,7 @@ public:
     void DropRunsOnNobody() {
         while (!expectedRuns.empty() && expectedRuns.front().prepared) {
             Run const& next = expectedRuns.front();
-            if (!next.onNobody && Fits(*next.pool, *next.behaviour)) {
+            if (!next.onNobody && Fits(*next.pool, *next.behaviour, next.ofNewMember)) {
                 return;
             }
             RefreshConstants(*next.behaviour);
@@ -287,10 +288,7 @@ public:
         PoolState& pool = *runs.back().pool;
         Member const current = pool.pool->ActiveMember();
         pool.list.active = current;
-        std::size_t const count = SlotsOf(behaviour.kind).size();
-        bool const isLinked = std::all_of(behaviour.slots.begin(), behaviour.slots.begin() + count,
-                                          [](auto const& slot) { return slot.link != nullptr; });
-        if (!current.IsValid() || !isLinked) {
+        if (!current.IsValid() || !MayWork(behaviour, pool)) {
             return;
         }
         behaviour.member = current;
@@ -299,16 +297,20 @@ public:
         };
         switch (behaviour.kind) {
         case WorldBehaviour::ADD: {
+            behaviour.member = MemberOfLink(behaviour, current);
             float const amount = behaviour.ReadFlexibleValue(0);
-            Require(amount == Expected(behaviour, 0)[0], "the value that a behaviour reads");
+            Require(amount == Expected(behaviour)[0], "the value that a behaviour reads");
+            behaviour.member = current;
             Floats& sum = datum(1);
             sum[0] = Bounded(sum[0] + amount);
             behaviour.WriteFlexibleValue(1, Bounded(behaviour.ReadFlexibleValue(1) + amount));
             break;
         }
         case WorldBehaviour::DRIFT: {
+            behaviour.member = MemberOfLink(behaviour, current);
             Math::Vec3 const wind = behaviour.ReadFlexibleVec3(0);
-            Require(Floats{wind.x, wind.y, wind.z} == Expected(behaviour, 0), "the vector that a behaviour reads");
+            Require(Floats{wind.x, wind.y, wind.z} == Expected(behaviour), "the vector that a behaviour reads");
+            behaviour.member = current;
             Floats& place = datum(1);
             place = {Bounded(place[0] + wind.x), Bounded(place[1] + wind.y), Bounded(place[2] + wind.z + 0.25f)};
             Math::Vec3 const from = behaviour.ReadFlexibleVec3(1);
@@ -335,26 +337,49 @@ public:
         }
     }
 
-    /// What a flexible slot ought to read for the pool's active member.
-    Floats Expected(WorldBehaviour const& behaviour, std::size_t index) {
-        WorldBehaviour::Slot const& slot = behaviour.slots.at(index);
-        auto const datumOf = [](PoolState& pool, int offset) {
-            auto const& data = pool.members.at(pool.list.active.record);
+    /// Whether all member data are linked, as they were compiled, to what is there: this pool's, or in a slot that is read
+    /// by value the active member's of another pool. A behaviour that takes no care reads anything.
+    static bool MayWork(WorldBehaviour const& behaviour, PoolState const& pool) {
+        for (std::size_t i = 0; i < SlotsOf(behaviour.kind).size(); ++i) {
+            WorldBehaviour::Slot const& slot = behaviour.slots[i];
+            if (slot.link == nullptr) {
+                return false;
+            }
+            PropertyState const& link = *slot.link;
+            bool const isThere = link.owner == MEMBER && link.pool != nullptr && link.offset == slot.offset;
+            bool const isForeign = isThere && i == 0 && link.IsNumeric() && link.pool->list.active.IsValid() &&
+                                   SlotsOf(behaviour.kind)[0].owner == FLEXIBLE;
+            if (slot.owner == MEMBER && !(isThere && link.pool == &pool) && !isForeign) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    /// The member whose datum the first slot reads.
+    static Member MemberOfLink(WorldBehaviour const& behaviour, Member current) {
+        WorldBehaviour::Slot const& slot = behaviour.slots[0];
+        bool const isForeign = slot.owner == MEMBER && !slot.link->pool->members.contains(current.record);
+        return isForeign ? slot.link->pool->list.active : current;
+    }
+
+    /// What the first slot ought to read: of `member` or, where it was compiled in no pool, of its pool's active member.
+    static Floats Expected(WorldBehaviour const& behaviour) {
+        WorldBehaviour::Slot const& slot = behaviour.slots[0];
+        PropertyState const& link = *slot.link;
+        auto const datumOf = [](PoolState const& pool, Member member, int offset) {
+            auto const& data = pool.members.at(member.record);
             auto const found = data.find(offset);
             return found != data.end() ? found->second : Floats{};
         };
         if (slot.owner == MEMBER) {
-            return datumOf(*runs.back().pool, slot.offset);
+            return datumOf(*link.pool, behaviour.member, slot.offset);
         }
-        if (slot.owner == POOL) {
-            return slot.constant;
-        }
-        PropertyState const& link = *slot.link;
-        if (link.owner != MEMBER) {
-            return link.value;
+        if (slot.owner == POOL || link.owner != MEMBER) {
+            return slot.owner == POOL ? slot.constant : link.value;
         }
         bool const isThere = link.pool != nullptr && link.pool->list.active.IsValid() && link.offset >= 0;
-        return isThere ? datumOf(*link.pool, link.offset) : Floats{};
+        return isThere ? datumOf(*link.pool, link.pool->list.active, link.offset) : Floats{};
     }
 
     /// Lets a trigger start another run inside this one, up to some depth.
@@ -378,7 +403,7 @@ public:
         }
         behaviour.TriggerFlexibleBehaviour(0);
         if (expectedRuns.size() > expectedBefore) {
-            Require(!Fits(*pool, *target), "a trigger runs its behaviour");
+            Require(!Fits(*pool, *target, false), "a trigger runs its behaviour");
             RefreshConstants(*target);
             expectedRuns.pop_front();
         }
@@ -535,6 +560,9 @@ public:
         Note("create pool");
         PoolState* const state = pools.emplace_back(std::make_unique<PoolState>()).get();
         waiting.push_back(state);
+        if (pass) {
+            pass->joined.insert(state);
+        }
         state->lastLap = counter.now;
         state->pool = std::make_unique<MemberPool>(MainContext());
         state->id = static_cast<int>(++poolsSoFar * 7919 % 1000) + 10; // the same in each run, unlike the random one
@@ -554,6 +582,10 @@ public:
         }
         if (pass && pass->current == &pool) {
             pass->current = nullptr;
+        }
+        if (pass) {
+            pass->joined.erase(&pool);
+            std::erase_if(pass->known, [&](auto const& each) { return each.second == &pool; });
         }
         if (frameAfterPass == &pool) {
             frameAfterPass = nullptr;
@@ -620,6 +652,7 @@ public:
         for (PoolState::Place const& place : pool.placesOnly) {
             leaving.push_back(place.property);
         }
+        leaving.insert(leaving.end(), pool.poolOnly.begin(), pool.poolOnly.end());
         for (PropertyState* const property : leaving) {
             if (property->pool == &pool) {
                 property->pool = nullptr;
@@ -646,6 +679,7 @@ public:
                                  functor->alive.lower_bound(record + pool.recordSize));
         }
         pool.poolTable.clear();
+        pool.poolOnly.clear();
         pool.memberTable.clear();
         pool.placesOnly.clear();
         pool.recordSize = 0;
@@ -662,6 +696,7 @@ public:
     void BeginPass(bool again) {
         pass = Pass();
         pass->again = again;
+        KnowPools();
         for (auto const& pool : pools) {
             pool->position.reset();
         }
@@ -675,18 +710,37 @@ public:
             }
             return pass->waiting < waiting.size() ? waiting[pass->waiting] : nullptr;
         }
-        PoolState* next = nullptr;
-        for (auto const& pool : pools) {
-            if ((!pass->lastID || pool->id > *pass->lastID) && (next == nullptr || pool->id < next->id)) {
-                next = pool.get();
+        PoolState* next = pass->known.empty() ? nullptr : pass->known.begin()->second;
+        int nextID = next != nullptr ? pass->known.begin()->first : 0;
+        for (PoolState* const pool : pass->joined) {
+            if ((!pass->lastID || pool->id > *pass->lastID) && (next == nullptr || pool->id < nextID)) {
+                next = pool;
+                nextID = pool->id;
             }
         }
         return next;
     }
 
-    void TakePoolOfPass(PoolState const& pool) {
+    /// The pools of the step that begins, by the IDs that they have now.
+    void KnowPools() {
+        pass->known.clear();
+        pass->joined.clear();
+        pass->waiting = 0;
+        pass->lastID.reset();
+        for (auto const& pool : pools) {
+            pass->known[pool->id] = pool.get();
+        }
+    }
+
+    void TakePoolOfPass(PoolState& pool) {
         ++pass->waiting;
-        pass->lastID = pool.id;
+        bool const isNew = pass->joined.erase(&pool) > 0;
+        auto const entry = std::find_if(pass->known.begin(), pass->known.end(),
+                                        [&](auto const& each) { return each.second == &pool; });
+        pass->lastID = isNew || entry == pass->known.end() ? pool.id : entry->first;
+        if (entry != pass->known.end()) {
+            pass->known.erase(entry);
+        }
         pass->behaviour = 0;
     }
 
@@ -695,8 +749,7 @@ public:
         if (pass->constructing) {
             Require(NextPoolOfPass() == nullptr, "a pool was not built");
             pass->constructing = false;
-            pass->waiting = 0;
-            pass->lastID.reset();
+            KnowPools();
         }
         while (pass->current != nullptr || NextPoolOfPass() != nullptr) {
             if (pass->current == nullptr) {
@@ -706,7 +759,7 @@ public:
             pool = pass->current;
             while (pass->behaviour < pool->onPool.size()) {
                 WorldBehaviour* const next = pool->onPool[pass->behaviour++];
-                if (!pool->list.active.IsValid() || Fits(*pool, *next)) {
+                if (!pool->list.active.IsValid() || Fits(*pool, *next, true)) {
                     return next;
                 }
             }
@@ -870,6 +923,8 @@ public:
             if (std::none_of(pool.poolTable.begin(), pool.poolTable.end(),
                              [&](auto* each) { return each->id == property.id; })) {
                 pool.poolTable.push_back(&property);
+            } else if (IndexOf(pool.poolTable, &property) == pool.poolTable.size()) {
+                pool.poolOnly.push_back(&property);
             }
             return;
         }
@@ -924,7 +979,7 @@ public:
         (pool.*list.behaviours).push_back(behaviour.Get());
         behaviour->pool = list.owned ? &pool : behaviour->pool;
         for (WorldBehaviour::Slot& slot : behaviour->slots) {
-            bool const isStale = slot.link != nullptr && slot.link->property->IsIntrinsic() &&
+            bool const isStale = !list.owned && slot.link != nullptr && slot.link->property->IsIntrinsic() &&
                                  slot.link->owner != POOL && slot.link->pool == nullptr;
             slot.link = isStale ? nullptr : slot.link;
         }
@@ -1018,23 +1073,31 @@ public:
                 continue;
             }
             slot.owner = kinds[i].owner != FLEXIBLE ? kinds[i].owner : slot.link->owner;
-            if (kinds[i].owner == FLEXIBLE && ofMember && behaviour.pool != nullptr &&
-                slot.link->pool != behaviour.pool) {
-                slot.owner = FLEXIBLE;
-            }
             slot.offset = slot.link->offset;
             slot.constant = slot.link->value;
         }
     }
 
-    /// Whether the compiled offsets are places of such data in the pool's records.
-    bool Fits(PoolState const& pool, WorldBehaviour const& behaviour) const {
+    /// Whether the pool lets the behaviour run: its own data lie in the records, for a construction behaviour all.
+    static bool Fits(PoolState const& pool, WorldBehaviour const& behaviour, bool isConstruction) {
         return std::all_of(behaviour.slots.begin(), behaviour.slots.end(), [&](WorldBehaviour::Slot const& slot) {
+            if (slot.owner != MEMBER) {
+                return true;
+            }
+            if (slot.link == nullptr) {
+                return false;
+            }
+            bool const isForeign = slot.link->pool != nullptr && slot.link->pool != &pool;
+            if (isForeign && !isConstruction) {
+                return true;
+            }
+            if (slot.link->IsNumeric()) {
+                return slot.offset >= 0 && slot.offset + slot.link->size <= pool.recordSize;
+            }
             auto const isSlot = [&](PoolState::Place const& place) {
-                return slot.link != nullptr && place.offset == slot.offset && place.size == slot.link->size &&
-                       place.type == slot.link->Type();
+                return place.offset == slot.offset && place.size == slot.link->size && place.type == slot.link->Type();
             };
-            return slot.owner != MEMBER || std::any_of(pool.memberTable.begin(), pool.memberTable.end(), isSlot) ||
+            return std::any_of(pool.memberTable.begin(), pool.memberTable.end(), isSlot) ||
                    std::any_of(pool.placesOnly.begin(), pool.placesOnly.end(), isSlot);
         });
     }
@@ -1398,6 +1461,11 @@ public:
                 shares[place.property->property.Get()] += hasEntry ? 0 : 1;
             }
         }
+        for (auto const& pool : pools) {
+            for (PropertyState const* const property : pool->poolOnly) {
+                ++shares[property->property.Get()];
+            }
+        }
         for (auto const& [id, property] : registry) {
             shares[property->property.Get()] += 2; // by both contexts
         }
@@ -1455,6 +1523,8 @@ private:
         bool constructing = true;     ///< Else the pool-construction behaviours run.
         std::size_t waiting = 0;      ///< How many of those that wait were taken.
         std::optional<int> lastID;    ///< Of the pool that was taken last.
+        std::map<int, PoolState*> known; ///< By the ID that they had when the step began.
+        std::set<PoolState*> joined;     ///< Created meanwhile.
         PoolState* current = nullptr; ///< Whose pool-construction behaviours run,
         std::size_t behaviour = 0;    ///< and how many of them were taken.
     };

@@ -18,6 +18,7 @@
 #include "gentra/util/WeakPtr.h"
 
 #include <cassert>
+#include <cstddef>
 #include <vector>
 
 namespace Gentra {
@@ -25,6 +26,7 @@ namespace Gentra {
 class Context;
 class MemberPool;
 class MemberSelection;
+class MemberSelectionProperty;
 class SpatialOrganizer;
 
 /// The base class of every behaviour. Derive, declare a parameter interface, work on members.
@@ -64,9 +66,9 @@ public:
     virtual void CheckForUpdate();
 
     /// Runs the behaviour over `members`. The default makes each in turn `current` and calls
-    /// TriggerLiveBehaviour(); afterwards `current` holds the last one. Members appended to the vector
-    /// meanwhile are not processed, and the walk ends where the vector has become shorter. A behaviour that
-    /// is not ready does nothing.
+    /// TriggerLiveBehaviour(); afterwards `current` holds the last one. Each member is read from the vector when its turn
+    /// comes. The walk ends at the length that the vector had at first, or at its end where it has become shorter. A
+    /// behaviour that is not ready does nothing.
     ///
     /// The pool passes its active member as `current`. The default does not set `member`: a derived behaviour
     /// that uses the accessors sets it to the member in work.
@@ -182,13 +184,16 @@ public:
     /// aligned when all sizes in the record are multiples of 4, and lasts until members are deleted
     /// or the pool is cleared.
     ///
-    /// Checked in debug builds only, here and below: the index and, for member data, that `member` is valid.
+    /// The index is checked where assertions are. In a checked build (see GENTRA_CHECKED) a member that is not one of the
+    /// linked property's pool is reported once: "Error :: PoolProcessing :: The Behaviour \"%s\" uses a Member that is not
+    /// of the Pool of its Parameter \"%s\"". It is read and written all the same where its record reaches so far;
+    /// otherwise reading gives zeros and what is written is lost. Nothing of this is checked elsewhere.
     [[nodiscard]] float& UseMemberValue(int index) { return DatumReference<float>(index); }
     [[nodiscard]] Math::Vec3& UseMemberVec3(int index) { return DatumReference<Math::Vec3>(index); }
     /// @}
     /// The selection that the datum in the record of `member` points at; for null an empty one without a pool.
     [[nodiscard]] MemberSelection& UseMemberMemberSelection(int index) {
-        auto* const selection = Datum::Read<MemberSelection*>(MemberDatum(index));
+        auto* const selection = Datum::Read<MemberSelection*>(MemberDatum(index, sizeof(MemberSelection*)));
         return selection != nullptr ? *selection : NoSelection();
     }
 
@@ -197,13 +202,13 @@ public:
     /// The value field of the linked property itself.
     [[nodiscard]] float& UsePoolValue(int index) { return LinkedProperty(index).value; }
 
-    /// A "Flexible" operation works on what the parameter was linked to: member data of `member`, the constant
-    /// of a pool property, or the property itself when that is in no pool (or in another one: then the datum
-    /// of that pool's active member). Where there is no datum, reading gives zeros and writing is ignored.
+    /// A "Flexible" operation works on what the parameter was linked to: member data of `member` (which is set to a member
+    /// of the linked property's pool), the constant of a pool property, or the property itself when that is in no pool.
+    /// Where there is no datum, reading gives zeros and writing is ignored.
     [[nodiscard]] float ReadFlexibleValue(int index) const {
         Basic_Parameter const& parameter = FastParam(index);
         if (parameter.owner == MEMBER) {
-            return Datum::Read<float>(MemberDatum(index));
+            return Datum::Read<float>(MemberDatum(index, sizeof(float)));
         }
         return parameter.owner == POOL ? parameter.value : PropertyDatumOr(index, 0.0f);
     }
@@ -218,7 +223,7 @@ public:
     /// Leaves `out` as it is unless the data is member data.
     void ReadFlexibleMemberValue(int index, float& out) const {
         if (FastParam(index).owner == MEMBER) {
-            out = Datum::Read<float>(MemberDatum(index));
+            out = Datum::Read<float>(MemberDatum(index, sizeof(float)));
         }
     }
     /// For a pool property changes the fast parameter only, until the next RefreshConstants().
@@ -228,7 +233,7 @@ public:
     [[nodiscard]] Math::Vec3 ReadFlexibleVec3(int index) const {
         Basic_Parameter const& parameter = FastParam(index);
         if (parameter.owner == MEMBER) {
-            return Datum::Read<Math::Vec3>(MemberDatum(index));
+            return Datum::Read<Math::Vec3>(MemberDatum(index, sizeof(Math::Vec3)));
         }
         return parameter.owner == POOL ? parameter.vector : PropertyDatumOr(index, Math::Vec3());
     }
@@ -243,7 +248,7 @@ public:
     /// Leaves `out` as it is unless the data is member data.
     void ReadFlexibleMemberVec3(int index, Math::Vec3& out) const {
         if (FastParam(index).owner == MEMBER) {
-            out = Datum::Read<Math::Vec3>(MemberDatum(index));
+            out = Datum::Read<Math::Vec3>(MemberDatum(index, sizeof(Math::Vec3)));
         }
     }
     /// For a pool property changes the fast parameter only, until the next RefreshConstants().
@@ -260,7 +265,7 @@ public:
 
     /// The address of the datum, which holds the pointer to the user data; may be unaligned.
     [[nodiscard]] void const* ReadFlexibleUserData(int index) const {
-        return FastParam(index).owner == MEMBER ? MemberDatum(index) : PropertyDatum(index);
+        return FastParam(index).owner == MEMBER ? MemberDatum(index, sizeof(void*)) : PropertyDatum(index);
     }
     /// The pointer stored in the property datum; null when there is none.
     [[nodiscard]] void const* ReadFlexibleConstUserData(int index) const {
@@ -285,7 +290,8 @@ public:
     /// The property of that name of the selection's base pool, which keeps it alive; null when either is
     /// missing.
     [[nodiscard]] static Property* GetPropertyByName(Util::String const& propertyName, MemberSelection& selection);
-    /// The same for the base pool of the member-selection property that is linked at `index`.
+    /// The same for the base pool of the member-selection property of the fast parameter at `index`; null when that is none
+    /// or has gone.
     [[nodiscard]] Property* GetPropertyByName(Util::String const& propertyName, unsigned int index) const;
     /// The organizer of the selection in the behaviour's context, see SpatialRelations::GetSpatialOrganizer.
     [[nodiscard]] SpatialOrganizer& GetSpatialOrganizer(MemberSelection& selection) const;
@@ -343,19 +349,26 @@ protected:
     bool debugRenderEnabled = false;        ///< See GetDebugRenderEnabled().
 
 private:
+    friend class BehaviourProperty;
     friend class MemberPool;
 
     [[nodiscard]] Basic_Parameter const& FastParam(int index) const {
         assert(index >= 0 && index < MAX_PARAMETERS);
         return fastParams[index];
     }
-    [[nodiscard]] unsigned char* MemberDatum(int index) const {
+    [[nodiscard]] unsigned char* MemberDatum(int index, [[maybe_unused]] std::size_t size) const {
+#if GENTRA_CHECKED
+        return CheckedMemberDatum(index, size);
+#else
         assert(member.IsValid() && FastParam(index).dataOffset >= 0);
         return member.record + FastParam(index).dataOffset;
+#endif
     }
+    /// What MemberDatum() does in a checked build.
+    [[nodiscard]] unsigned char* CheckedMemberDatum(int index, std::size_t size) const;
     template<class T>
     [[nodiscard]] T& DatumReference(int index) const {
-        return *reinterpret_cast<T*>(MemberDatum(index));
+        return *reinterpret_cast<T*>(MemberDatum(index, sizeof(T)));
     }
     [[nodiscard]] Property& LinkedProperty(int index) const {
         assert(index >= 0 && static_cast<std::size_t>(index) < linkedProperties.size());
@@ -374,6 +387,10 @@ private:
 
     [[nodiscard]] PerformanceStatistics& PerformanceStats() noexcept { return performanceStats; }
 
+    /// Another reference to this behaviour, for as long as it runs. NIL for one that no pool has ever taken.
+    [[nodiscard]] Util::RefCountPtr<Behaviour> Hold();
+    /// See BehaviourProperty::TriggerBehaviour().
+    void Trigger();
     template<bool PREFETCH>
     void Walk(std::vector<Member>& members, Member& current);
     [[nodiscard]] bool HasRoomForParameter(Parameter const& parameter) const;
@@ -384,9 +401,12 @@ private:
     void CollectUnlinkedIntrinsicNames(std::vector<Util::String>& out, PropertyType type) const;
     void DropStaleIntrinsicLinks();
     bool CompileLink(Parameter const& parameter, Property& linked);
+    bool CompileOwner(Parameter const& parameter, Property const& linked);
     [[nodiscard]] std::size_t NumLinkedParameters() const noexcept;
 
-    unsigned int timesCleared = 0; ///< By ClearBehaviour(): the members that are walked are gone then.
+    /// The member-selection properties among the fast parameters, by position; empty without any.
+    std::vector<Util::WeakPtr<MemberSelectionProperty>> compiledSelections;
+    Util::RefCountBlock* sharedCount = nullptr; ///< Of those who hold this behaviour, once a pool does; not copied.
 
     static float debugRenderScale;
 };

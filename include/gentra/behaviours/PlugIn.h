@@ -20,8 +20,8 @@ namespace Gentra {
 ///     static void RegisterFactories() { static GrowFactory grow; ... }
 ///     GENTRA_PLUG_IN(RegisterFactories)
 ///
-/// This leaves a stamp in the file: a text with the version of Gentra and the size of a pointer that the plug-in was
-/// built with. A host reads the file, asks WhyRefused(), and only then lets the system open it and calls the function
+/// This leaves a stamp in the file: a text with the version of Gentra that the plug-in was built with, the size of a
+/// pointer, and whether accesses are checked (GENTRA_CHECKED). A host reads the file, asks WhyRefused(), and only then lets the system open it and calls the function
 /// named ENTRY_POINT. Opening comes last because it already runs the constructors of the plug-in's static objects, and
 /// may load the other version of Gentra beside this one.
 ///
@@ -37,7 +37,8 @@ public:
 
     /// Why this library cannot run the plug-in, in one sentence, or an empty text when it can. `file` is all that is
     /// in the plug-in's file, for any system and processor. A plug-in fits when it was built with this major version
-    /// and no later minor version, and with pointers of this size. Of several stamps the first counts.
+    /// and no later minor version, with pointers of this size, and with or without checks like this library. Of several
+    /// stamps the first counts.
     [[nodiscard]] static std::string WhyRefused(std::string_view file);
 };
 
@@ -54,8 +55,13 @@ public:
 /// such.
 #define GENTRA_PLUG_IN_STAMP(major, minor, pointerSize)                                                                \
     "Gentra plug-in: version " GENTRA_PLUG_IN_TEXT(major) "." GENTRA_PLUG_IN_TEXT(                                     \
-        minor) ", pointers of " GENTRA_PLUG_IN_TEXT(pointerSize) " bytes"
+        minor) ", pointers of " GENTRA_PLUG_IN_TEXT(pointerSize) " bytes" GENTRA_PLUG_IN_CHECKED
 #define GENTRA_PLUG_IN_TEXT(number) #number
+#if GENTRA_CHECKED
+#define GENTRA_PLUG_IN_CHECKED ", checked"
+#else
+#define GENTRA_PLUG_IN_CHECKED ", unchecked"
+#endif
 
 /// Whether plug-ins and hosts can share one Gentra.
 #if defined(GENTRA_STATIC_DEFINE)

@@ -35,7 +35,9 @@ class Property;
 /// context a pool was given. The main context (ContextManager::GetMainContext) serves the library itself.
 ///
 /// One pass at a time runs in the whole process: one that is started from inside another does nothing. Pools may be
-/// created and destroyed by the listeners and behaviours that a pass calls.
+/// created and destroyed by the listeners and behaviours that a pass calls. A pool that is in use (MemberPool) is neither
+/// built nor given its pool-construction behaviours: "Error :: Context :: The Pool \"%s\" can not be built while it is in
+/// use". If it waited it goes on waiting.
 class GENTRA_EXPORT Context {
 public:
     /// An empty registry that hears every pool and property event from now on. Ends the build guard: a pass
@@ -90,10 +92,14 @@ public:
 
     /// Builds the pools that wait for construction, in the order of their creation, those included that are
     /// created meanwhile. Logs "Build \"%s\" Started...", "Initializing \"%s\"", "Constructing \"%s\"",
-    /// "Compiling \"%s\"" and "Building \"%s\" completed" for each.
+    /// "Compiling \"%s\"" and "Building \"%s\" completed" for each. In the end the pool-construction behaviours run.
+    ///
+    /// A pool that one of these behaviours creates comes too late: it is not built, and waits no longer. The host has it
+    /// built by ForceReconstructAllMemberPools(), or fills it itself and calls MemberPool::CompileMemberPool().
     void ForceConstructAllMemberPools();
-    /// Clears and builds every pool, ascending by ID. Pools that are created meanwhile are built when their ID comes
-    /// later; others stay unbuilt until the next such pass.
+    /// Clears and builds every pool once, ascending by the IDs that they have at the beginning, whatever becomes of these.
+    /// A pool that is created meanwhile is built only when its ID comes after that of the pool which is being built. None
+    /// waits any longer, built or not.
     void ForceReconstructAllMemberPools();
 
     // Services.
@@ -107,29 +113,37 @@ public:
 private:
     class MyListener;
     class BuildGuard;
+    struct Agenda;
     using PoolPtr = Util::WeakPtr<MemberPool>;
+
+    static constexpr std::size_t NOT_WAITING = static_cast<std::size_t>(-1);
+    struct Registration {
+        PoolPtr pool;
+        std::size_t ticket = NOT_WAITING; ///< Its position among the waiting pools.
+    };
 
     void HandleEvents(Util::Event const& event);
     void HandlePoolCreated(MemberPool& pool);
     void HandlePoolDeleted(MemberPool& pool);
     void HandlePropertyEntered(Util::RefCountPtr<Property> const& property);
     void HandlePropertyLeft(Util::RefCountPtr<Property> const& property);
-    void StopWaiting(MemberPool const& pool);
-    void NobodyWaits();
+    void Forget(std::map<Util::ShortID, Registration>::iterator entry);
+    void EndWaiting(bool isPassOver);
 
     static void BuildMemberPool(MemberPool& pool);
-    template<class Action>
-    void ForEachPool(Action const& action);
-    template<class Action>
-    void ForEachWaitingPool(Action const& action);
+    static void ConstructMemberPool(MemberPool& pool);
+    void SetBasePoolsForMemberSelections();
+    void ForEachPool(void (*action)(MemberPool& pool));
+    void ForEachWaitingPool(void (*action)(MemberPool& pool));
 
     static bool buildGuard; ///< Set while a pass runs.
 
-    std::map<Util::ShortID, PoolPtr> poolsByID;
+    std::map<Util::ShortID, Registration> poolsByID;
     std::map<Util::ShortID, Util::RefCountPtr<Property>> propertiesByID;
     std::set<Util::ShortID> reservedPropertyIDs;
-    std::vector<PoolPtr> waitingPools;              ///< In the order in which their creation was heard.
-    std::size_t waitingPosition = 0;                ///< How many of them the running step has taken.
+    std::vector<PoolPtr> waitingPools;              ///< In the order in which their creation was heard; null for none.
+    std::size_t waitingCount = 0;                   ///< How many of them are pools.
+    Agenda* agenda = nullptr;                       ///< Of the step of a reconstruct pass that is going on.
     std::unique_ptr<MyListener> listener;           ///< Null in a copy.
     std::vector<MemberSelection*> activeSelections; ///< A stack, not owned.
     PerformanceProfiler performanceProfiler;

@@ -16,9 +16,16 @@
 #include "gentra/util/Timer.h"
 #include "gentra/util/WeakPtr.h"
 
+#include <array>
+#include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <memory>
 #include <vector>
+
+namespace Util {
+class FirstException;
+}
 
 namespace Gentra {
 
@@ -43,12 +50,25 @@ class PropertyTable;
 /// property of that name, unique ones a property of their own. A null pointer and Behaviour::NIL are ignored. Each
 /// way of running a behaviour gives it the pool's active member as `current`. A behaviour that is not ready is
 /// skipped, but for a pool-construction behaviour, whose own ProcessMembers() decides; so is one whose member data does
-/// not lie where this pool's records have it, with "Error :: PoolProcessing :: The Behaviour \"%s\" can not be used for
-/// the Pool \"%s\", because its Member Properties do not fit the Members", logged once.
+/// not lie in this pool's records, with "Error :: PoolProcessing :: The Behaviour \"%s\" can not be used for the Pool
+/// \"%s\", because its Member Properties do not fit the Members", logged once. For active and passive behaviours that
+/// concerns data of this pool only: what a behaviour does with members of other pools is its own business.
 ///
-/// A pool must not be destroyed by a behaviour or an instance-creation functor that it is running; everywhere
-/// else, also in events, it may. While it is cleared nothing can be added: "Error :: Construction :: Nothing
-/// can be added to the Pool \"%s\" while it is cleared".
+/// A pool is *in use* while it runs host code inside itself: behaviours in every way of running them, CheckForUpdate(),
+/// Property::Update(), the creation and deletion of instances, and the destructors of properties and behaviours that go
+/// when it is cleared. A pool in use keeps its shape: it is not cleared ("Error :: Construction :: The Pool \"%s\" can not
+/// be initialized while it is in use"), and a pass leaves it out. Members, lists, links and compiling are not affected. To
+/// destroy a pool in use is the one thing that a host must not do; a build with assertions stops there. Events run outside
+/// any use: a listener may destroy any pool, also the one that the event is about.
+///
+/// While a pool is cleared nothing can be added: "Error :: Construction :: Nothing can be added to the Pool \"%s\" while it
+/// is cleared".
+///
+/// Host code may throw. Whatever the pool was doing is then brought to an end or taken back, whichever leaves it sound,
+/// and the first exception is passed on: events reach the other listeners all the same, a clearing is carried out whole,
+/// a property that was announced is announced to have left, a member whose data could not be set up goes again, and a
+/// member's instances are all deleted. A destructor passes nothing on; it logs "Error :: MemberPool :: An exception was
+/// thrown while the Pool \"%s\" was destroyed".
 class GENTRA_EXPORT MemberPool : public MemberSelection {
 public:
     /// Root type of the pool events: register for it to hear all of them. The `subject` is the pool.
@@ -72,9 +92,12 @@ public:
     MemberPool(MemberPool const& other);
     MemberPool& operator=(MemberPool const&) = delete;
 
-    /// Clears the pool and triggers EVENT_DELETED. Pointers to the pool that the library keeps become null.
+    /// Clears the pool and triggers EVENT_DELETED. Pointers to the pool that the library keeps become null. Not to be
+    /// called while the pool is in use.
     ~MemberPool();
 
+    /// The pool that the main context knows by that ID, or null.
+    [[nodiscard]] static MemberPool* Find(Util::ShortID id);
     /// Random until SetNewMemberPoolID().
     [[nodiscard]] Util::ShortID const& GetMemberPoolID() const noexcept { return poolID; }
     /// Gives the pool a new ID and returns true, or returns false when the main context knows a pool of that
@@ -90,6 +113,11 @@ public:
     /// A number of this pool object alone, unique in the process and never -1: the sub-index of the pool's
     /// property events (Property::EVENT).
     [[nodiscard]] int GetIdentityValue() const noexcept { return identity; }
+    /// A number that is another after each clearing, and that no other pool ever has: whoever keeps members sees by it
+    /// whether they are still there.
+    [[nodiscard]] std::uint64_t GetGeneration() const noexcept { return generation; }
+    /// Whether the pool runs host code inside itself, see above.
+    [[nodiscard]] bool IsInUse() const noexcept { return uses > 0; }
     /// A pointer to the pool that becomes null when the pool is destroyed.
     [[nodiscard]] Util::WeakPtr<MemberPool> GetWeakPtr() const noexcept { return Util::WeakPtr<MemberPool>(life); }
     /// Ascending by ID, as signed numbers.
@@ -150,8 +178,15 @@ public:
     Member CreateNewMember();
     /// Ends the member and keeps its record for the next one. It stays in the selections that list it: remove
     /// it first. Member::NIL is ignored; so is a member that the pool does not have (any more), with "Bug
-    /// Report :: MemberPool :: The Pool \"%s\" was asked to delete a Member it does not have", logged once.
+    /// Report :: MemberPool :: The Pool \"%s\" was asked to delete a Member it does not have", logged once. So is one
+    /// whose data are just being set up; from a construction behaviour on it may be deleted, and CreateNewMember() then
+    /// returns Member::NIL.
     void DeleteMember(Member member);
+    /// Takes the members out of the pool's list (RemoveMembers()) and deletes them, in the given order. The time it takes
+    /// grows with the length of the list once, not with each member.
+    void RemoveAndDeleteMembers(std::vector<Member> const& members);
+    /// Whether the member is one of this pool's, listed or not; any address may be asked for.
+    [[nodiscard]] bool HasMember(Member member) const noexcept;
     /// @{
     /// The address of a datum, by the member's index in the pool or in `selection` and the property's index
     /// among the member properties. Null when either is out of range, and for a selection of another pool. The
@@ -164,7 +199,7 @@ public:
     // Building, called by the context.
 
     /// Clears the pool of members, properties and behaviours and marks it uncompiled. Name, ID, timing and
-    /// the single-member update index stay.
+    /// the single-member update index stay. Refused while the pool is in use; nothing happens while it is being cleared.
     void InitializeMemberPool();
     /// Compiles all behaviours and initialises the pool properties. Refused after a failed construction.
     void CompileMemberPool();
@@ -221,6 +256,7 @@ public:
     void ApplyBehaviourOnMemberSelection(Util::RefCountPtr<Behaviour> const& behaviour, MemberSelection& selection);
 
 private:
+    friend class Behaviour;
     friend class Context;
     friend class Path;
     friend class Property;
@@ -229,18 +265,30 @@ private:
 
     using BehaviourList = std::vector<Util::RefCountPtr<Behaviour>>;
 
-    /// A member that CreateNewMember() is setting up.
-    struct Construction {
-        unsigned char* record; ///< Null once the member has been deleted, or the pool cleared, meanwhile.
-        Construction* outer;
+    /// Marks the pool as in use for as long as it lives.
+    class Use {
+    public:
+        explicit Use(MemberPool& newPool) noexcept : pool(newPool) { ++pool.uses; }
+        Use(Use const&) = delete;
+        Use& operator=(Use const&) = delete;
+        ~Use() { --pool.uses; }
+
+    private:
+        MemberPool& pool;
     };
 
-    void ClearPool();
-    void ClearBehaviours(BehaviourList& behaviours);
+    /// A new member on which the construction behaviours run.
+    struct Newborn {
+        unsigned char* record; ///< Null once one of them has deleted it.
+        Newborn* outer;
+    };
+
+    void Clearing(Util::FirstException& exception) noexcept;
+    void ClearBehaviours(BehaviourList& behaviours) noexcept;
     void InitPoolProperties();
-    void SetUpMember(Construction const& newMember);
-    void FreeRecord(unsigned char const* record);
-    void EndConstructionOf(unsigned char const* record) noexcept;
+    void CreateData(unsigned char* record);
+    void DeleteData(unsigned char* record, std::size_t count, Util::FirstException& exception) noexcept;
+    void Construct(Newborn& newborn);
     [[nodiscard]] bool CanEnter(Util::RefCountPtr<Property> const& property) const;
     [[nodiscard]] bool AcceptsMemberProperty(Property& property) const;
     [[nodiscard]] bool RefuseWhileClearing() const {
@@ -250,25 +298,27 @@ private:
         return clearing;
     }
     void ReportClearing() const;
-    void AnnounceLeaving(std::deque<Util::RefCountPtr<Property>> const& table, char const* subName);
+    [[nodiscard]] bool AnnounceLeaving(std::deque<Util::RefCountPtr<Property>> const& table, char const* subName,
+                                       Util::FirstException& exception) noexcept;
     template<class Add>
     void Enter(Util::RefCountPtr<Property> const& property, Add const& add);
     void AssignDefaultPropertyID(Property& property) const;
     [[nodiscard]] Util::RefCountPtr<Property> MakeProperty(Parameter const& parameter, Util::ShortID id) const;
-    [[nodiscard]] Util::RefCountPtr<Property> FindPoolProperty(Util::String const& propertyName) const;
-    [[nodiscard]] Util::RefCountPtr<Property> FindMemberProperty(Util::String const& propertyName) const;
+    /// The pool properties and the member properties.
+    [[nodiscard]] std::array<PropertyTable const*, 2> Tables() const noexcept;
     void GetDefaultProperties(std::vector<Util::RefCountPtr<Property>>& out) const;
     /// Announces that the property enters (0) or leaves (1) the pool.
     void TriggerPropertyEvent(Util::RefCountPtr<Property> property, char const* subName, int param1);
-    /// Whether a datum of that size at that offset lies within a member record.
-    [[nodiscard]] bool RecordReaches(int offset, int size) const noexcept;
-    /// Whether the datum of that property lies there in the records, with that type and at least that size.
-    [[nodiscard]] bool HasDatumOf(Property const& property, int offset, PropertyType type, int size) const noexcept;
+    /// Whether there is a datum of that type and size at that offset of a member record.
+    [[nodiscard]] bool HasDatum(int offset, int size, PropertyType type) const noexcept;
+    /// The offset of the property's data, or -1 when it is not one of the pool's member properties or these are leaving.
+    [[nodiscard]] int OffsetOf(Property const& property) const noexcept;
 
     [[nodiscard]] bool CanLink(Util::RefCountPtr<Behaviour> const& behaviour) const;
-    void LinkOwnedBehaviour(Util::RefCountPtr<Behaviour> const& behaviour, BehaviourList& list);
-    void LinkConstructionBehaviour(Util::RefCountPtr<Behaviour> const& behaviour, BehaviourList& list);
-    void AssimilateIntrinsicPropertiesOfBehaviour(Util::RefCountPtr<Behaviour> const& behaviour);
+    void LinkOwnedBehaviour(Util::RefCountPtr<Behaviour> const& behaviour, BehaviourList& behaviours);
+    void LinkConstructionBehaviour(Util::RefCountPtr<Behaviour> const& behaviour, BehaviourList& behaviours);
+    static void Take(Util::RefCountPtr<Behaviour> const& behaviour, BehaviourList& behaviours);
+    void AssimilateIntrinsicPropertiesOfBehaviour(Util::RefCountPtr<Behaviour> const& linked);
     void AddPropertiesFromIntrinsicParameters(std::vector<Parameter*>& parameters,
                                               std::vector<Util::RefCountPtr<Property>>& properties);
     [[nodiscard]] Util::RefCountPtr<Property> FindSharedProperty(Parameter const& parameter) const;
@@ -276,11 +326,10 @@ private:
     [[nodiscard]] Parameter GetUniqueNameParam(Parameter parameter) const;
 
     void UpdateTimeElapsed();
-    void InitializeNewMembers(std::vector<Member>& newMembers);
+    void InitializeNewMembers(std::vector<Member>& newMembers, Newborn const& newborn);
     void TriggerPoolConstructor();
-    [[nodiscard]] bool LayoutFits(Behaviour const& behaviour) const;
-    [[nodiscard]] Util::RefCountPtr<Behaviour> Hold(Behaviour const& behaviour) const;
-    [[nodiscard]] bool Prepare(Behaviour& behaviour, bool updateProperties);
+    [[nodiscard]] bool LayoutFits(Behaviour const& behaviour, bool isConstruction) const;
+    [[nodiscard]] bool Prepare(Behaviour& behaviour, bool updateProperties, bool isConstruction = false);
     [[nodiscard]] bool CheckOwnership(Behaviour const& behaviour, char const* kind) const;
     void RunSampled(Behaviour& behaviour, std::vector<Member>& members);
 
@@ -301,10 +350,11 @@ private:
 
     Util::WeakSource<MemberPool> life{this};
     int identity;
-    bool announced = true;                ///< False for a copy, which no context knows.
-    Construction* construction = nullptr; ///< The innermost one.
+    std::uint64_t generation;
+    bool announced = true;      ///< False for a copy, which no context knows.
     bool clearing = false;
-    unsigned int timesCleared = 0; ///< Tells whether the members that one knew are still there.
+    int uses = 0;               ///< How many uses of the pool are going on, inside each other.
+    Newborn* newborn = nullptr; ///< The innermost one.
 };
 
 } // namespace Gentra

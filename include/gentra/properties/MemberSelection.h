@@ -154,6 +154,9 @@ public:
     /// Removes the first entry equal to `member`, if any. If it was the active one, the first member becomes
     /// active.
     void RemoveMember(Member member);
+    /// Removes every entry of each of the members, in one go. If the active one was among them, the first member becomes
+    /// active.
+    void RemoveMembers(std::vector<Member> const& members);
     /// Removes and returns the last member; Member::NIL on an empty selection. If it was the active one, the
     /// first member becomes active.
     Member RemoveAnyMember();
@@ -221,6 +224,7 @@ private:
     std::uint32_t recreationTimeStamp = 0;
     Member activeMember;
     bool changed = false; ///< Whether the list has changed since, other than by what was appended to its end.
+    bool shared = false;  ///< Whether a member-selection property was told to point at it; not copied.
 };
 
 } // namespace Gentra

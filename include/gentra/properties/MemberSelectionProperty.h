@@ -46,6 +46,7 @@ public:
 
     void* GetPoolData() override;
     void SetPoolData(void* data) override;
+    void SetDataToMemberSelection(void* data, MemberSelection& selection, int index) override;
     void OnInstanceCreation(unsigned char* datum) override;
     void OnInstanceDeletion(unsigned char* datum) override;
     int GetDataSize() const override;
@@ -73,9 +74,13 @@ public:
     void AddMemberToSelection(MemberPool& pool, Member member);
 
 private:
-    friend class Property;
+    friend class Behaviour;
 
-    void TakeBackInstances();
+    /// A pointer that becomes null when the property is destroyed.
+    [[nodiscard]] Util::WeakPtr<MemberSelectionProperty> Watch();
+
+    static void TakeBackInstances(Property& property);
+    void Share(MemberSelection* selection, void const* datum);
     static void Renew(MemberSelection& selection, MemberPool* basePool);
     [[nodiscard]] MemberSelection* ActiveMembersSelection();
     [[nodiscard]] MemberSelection& FallbackSelection();
@@ -85,6 +90,7 @@ private:
     std::unique_ptr<MemberSelection> poolInstance; ///< Created when the pool that owns the property is compiled.
     std::unique_ptr<InstanceStore<MemberSelection>> instances; ///< Those of the members.
     Util::ShortID basePoolID;
+    std::unique_ptr<Util::WeakSource<MemberSelectionProperty>> life; ///< Made when somebody watches.
 };
 
 } // namespace Gentra

@@ -66,9 +66,7 @@ public:
     static void SetStringToPropertyData(void const* datum, unsigned short const* text);
 
 private:
-    friend class Property;
-
-    void TakeBackInstances();
+    static void TakeBackInstances(Property& property);
 
     Text* poolDatum = nullptr; ///< One of the two below.
     std::unique_ptr<Text> poolText;

@@ -82,8 +82,7 @@ protected:
     float rebuildTimer = 0.0f;                    ///< Seconds since the last rebuild.
 
 private:
-    int sortedPool = -1;           ///< Identity value of the pool whose members were sorted; -1 for none.
-    unsigned int timesCleared = 0; ///< How often that pool had been cleared before.
+    std::uint64_t sortedGeneration = 0; ///< Of the pool when its members were sorted; 0 for none.
 };
 
 } // namespace Gentra

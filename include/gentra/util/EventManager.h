@@ -19,6 +19,7 @@
 namespace Util {
 
 class EventListener;
+class FirstException;
 struct Event;
 
 /// An event bus: delivers each triggered event at once, inside Trigger(), to the listeners of its type.
@@ -52,16 +53,23 @@ public:
     /// A handler may add and remove listeners: one appended to the list in delivery is still reached, unless
     /// the handler that appended it was the last of the list. The manager has one delivery cursor, so a
     /// handler that triggers an event with listeners ends the delivery it was called from; that outer
-    /// Trigger() goes on with its root phase. An exception of a handler ends the whole Trigger().
+    /// Trigger() goes on with its root phase. A handler that throws keeps the event from nobody: the first exception is
+    /// thrown on when all have heard it.
     void Trigger(Event const& event);
 
 private:
-    using ListenerList = std::vector<EventListener*>;
+    /// In order of registration. Removals leave null pointers, until these are the greater part.
+    struct ListenerList {
+        std::vector<EventListener*> listeners;
+        std::vector<std::uint64_t> numbers; ///< Of the registrations, ascending; same positions.
+        std::size_t removed = 0;
+    };
 
     /// Key of a type in the maps, so that no text is copied to look one up.
     struct TypeKey {
         std::int32_t hash;
         std::int32_t subIndex;
+        [[nodiscard]] bool operator==(TypeKey const& other) const noexcept = default;
     };
     struct TypeOrder {
         using is_transparent = void;
@@ -75,11 +83,23 @@ private:
     };
     using ListenerMap = std::map<EventType, ListenerList, TypeOrder>;
 
+    /// A listener and a type that it is registered for.
+    struct Place {
+        EventListener const* listener;
+        TypeKey type;
+        [[nodiscard]] bool operator==(Place const& other) const noexcept = default;
+    };
+    struct PlaceHash {
+        [[nodiscard]] std::size_t operator()(Place const& place) const noexcept;
+    };
+
     void AppendTo(EventType const& type, EventListener* listener);
-    void Deliver(TypeKey key, Event const& event);
+    void Deliver(TypeKey key, Event const& event, FirstException& exception);
     void SetCursor(std::size_t position) noexcept;
-    void MoveCursorPast(EventListener const* listener);
-    void EraseFrom(ListenerList& list, EventListener const* listener);
+    void MoveCursorPast(EventListener const* listener) noexcept;
+    void RemoveFrom(ListenerList& list, Place const& place);
+    void RemoveNumber(Place const& place, std::uint64_t number);
+    static void Tidy(ListenerList& list);
     void DropRecord(EventListener* listener, EventType const& type);
 
     friend class EventListener;
@@ -87,9 +107,11 @@ private:
 
     std::set<EventType, std::less<>> knownTypes; ///< Every type ever registered for; never shrinks.
     ListenerMap listeners;                       ///< Types with at least one listener.
-    ListenerList* dispatchList = nullptr;        ///< The list in delivery, while `dispatching`.
-    EventListener** dispatchNext = nullptr;      ///< In it the next listener to call, while `dispatching`.
-    EventListener** dispatchEnd = nullptr;       ///< Its end.
+    std::unordered_multimap<Place, std::uint64_t, PlaceHash> places; ///< The numbers of their registrations.
+    std::uint64_t registrationsSoFar = 0;
+    ListenerList* dispatchList = nullptr;   ///< The list in delivery, while `dispatching`.
+    EventListener** dispatchNext = nullptr; ///< In it the next listener to call, while `dispatching`.
+    EventListener** dispatchEnd = nullptr;  ///< Its end.
     bool dispatching = false;
     bool cursorMoved = false; ///< Whether something else than the delivery itself has moved the cursor.
     String name;

@@ -90,6 +90,11 @@ public:
     requires(!std::same_as<U, T> && std::convertible_to<U*, T*>) RefCountPtr(U* object)
         : ptr(object), count(RefCountBlock::Adopt(object)) {}
 
+    /// Shares an object with those who share its count.
+    RefCountPtr(T* object, RefCountBlock& sharedCount) noexcept : ptr(object), count(&sharedCount) {
+        count->AddReference();
+    }
+
     /// Shares the object.
     RefCountPtr(RefCountPtr const& other) noexcept : ptr(other.ptr), count(other.count) { count->AddReference(); }
 
@@ -133,6 +138,8 @@ public:
 
     /// The number of RefCountPtr objects that share this object, at least 1.
     [[nodiscard]] int GetCount() const noexcept { return count->Count(); }
+    /// What they share; lasts as long as one of them.
+    [[nodiscard]] RefCountBlock& GetBlock() const noexcept { return *count; }
 
     /// Whether the pointers are equal; so two null pointers are.
     template<class U>
@@ -143,10 +150,6 @@ public:
 private:
     template<class U>
     friend class RefCountPtr;
-
-    RefCountPtr(T* object, RefCountBlock& sharedCount) noexcept : ptr(object), count(&sharedCount) {
-        count->AddReference();
-    }
 
     /// Takes the new reference before it drops the old one, so that assigning a pointer to itself is safe.
     void Share(T* newPtr, RefCountBlock* newCount) {

@@ -1,10 +1,14 @@
 // Gentra, copyright the Gentra authors.
 // SPDX-License-Identifier: MIT
 
-// Linking behaviours to a pool, and the properties that the pool makes for their intrinsic parameters.
+// The behaviours of a pool: linking them, and the properties that the pool makes for their intrinsic parameters.
+
+#include "gentra/pools/MemberPool.h"
+
+#include "MemberPropertyTable.h"
+#include "PropertyTable.h"
 
 #include "gentra/behaviours/Behaviour.h"
-#include "gentra/pools/MemberPool.h"
 #include "gentra/properties/MemberSelectionProperty.h"
 #include "gentra/properties/PropertyFactory.h"
 #include "gentra/util/GlobalMessageManager.h"
@@ -38,7 +42,7 @@ void MemberPool::LinkPoolConstructionBehaviour(BehaviourPtr const& behaviour) {
     LinkConstructionBehaviour(behaviour, poolConstructionBehaviours);
 }
 
-void MemberPool::LinkOwnedBehaviour(BehaviourPtr const& behaviour, BehaviourList& list) {
+void MemberPool::LinkOwnedBehaviour(BehaviourPtr const& behaviour, BehaviourList& behaviours) {
     if (!CanLink(behaviour)) {
         return;
     }
@@ -49,19 +53,26 @@ void MemberPool::LinkOwnedBehaviour(BehaviourPtr const& behaviour, BehaviourList
             name.c_str(), behaviour->GetName().c_str(), owner->GetName().c_str());
         return;
     }
-    BehaviourPtr const held = behaviour;
-    list.push_back(held);
-    held->SetOwnerPool(this);
-    AssimilateIntrinsicPropertiesOfBehaviour(held);
+    Take(behaviour, behaviours);
+    behaviour->SetOwnerPool(this);
+    AssimilateIntrinsicPropertiesOfBehaviour(behaviour);
 }
 
-void MemberPool::LinkConstructionBehaviour(BehaviourPtr const& behaviour, BehaviourList& list) {
+void MemberPool::LinkConstructionBehaviour(BehaviourPtr const& behaviour, BehaviourList& behaviours) {
     if (!CanLink(behaviour)) {
         return;
     }
-    BehaviourPtr const held = behaviour;
-    list.push_back(held);
-    AssimilateIntrinsicPropertiesOfBehaviour(held);
+    // Links that were made in a layout that has gone give way to new ones. An active or passive behaviour has lost all
+    // its links with the layout.
+    behaviour->DropStaleIntrinsicLinks();
+    Take(behaviour, behaviours);
+    AssimilateIntrinsicPropertiesOfBehaviour(behaviour);
+}
+
+/// From now on the behaviour knows those who share it, so that it can be held while it runs.
+void MemberPool::Take(BehaviourPtr const& behaviour, BehaviourList& behaviours) {
+    behaviours.push_back(behaviour);
+    behaviour->sharedCount = &behaviour.GetBlock();
 }
 
 /// False for what is no behaviour and while the pool is cleared.
@@ -69,10 +80,33 @@ bool MemberPool::CanLink(BehaviourPtr const& behaviour) const {
     return behaviour.Get() != nullptr && behaviour != Behaviour::NIL && !RefuseWhileClearing();
 }
 
+// Looking them up.
+
+std::vector<BehaviourPtr> MemberPool::GetAllBehaviours() const {
+    BehaviourList all;
+    for (BehaviourList const* const behaviours :
+         {&activeBehaviours, &passiveBehaviours, &memberConstructionBehaviours, &poolConstructionBehaviours}) {
+        all.insert(all.end(), behaviours->begin(), behaviours->end());
+    }
+    return all;
+}
+
+BehaviourPtr MemberPool::GetBehaviourByName(Util::String const& behaviourName) const {
+    for (BehaviourList const* const behaviours :
+         {&activeBehaviours, &passiveBehaviours, &memberConstructionBehaviours, &poolConstructionBehaviours}) {
+        for (BehaviourPtr const& behaviour : *behaviours) {
+            if (behaviour->GetName() == behaviourName) {
+                return behaviour;
+            }
+        }
+    }
+    return Behaviour::NIL;
+}
+
 // Intrinsic parameters.
 
-void MemberPool::AssimilateIntrinsicPropertiesOfBehaviour(BehaviourPtr const& behaviour) {
-    behaviour->DropStaleIntrinsicLinks();
+void MemberPool::AssimilateIntrinsicPropertiesOfBehaviour(BehaviourPtr const& linked) {
+    BehaviourPtr const behaviour = linked; // a listener may let go of it
     std::vector<Parameter*> parameters;
     std::vector<PropertyPtr> properties;
 
@@ -128,9 +162,9 @@ PropertyPtr MemberPool::FindSharedProperty(Parameter const& parameter) const {
     }
     switch (parameter.GetPropertyOwner()) {
     case POOL:
-        return FindPoolProperty(parameter.GetName());
+        return poolProperties->FindByName(parameter.GetName());
     case MEMBER:
-        return FindMemberProperty(parameter.GetName());
+        return memberProperties->Properties().FindByName(parameter.GetName());
     default:
         GlobalMessageManager::OutputMessage("Error: An Intrinsic Parameter of a Behaviour could not be added to the "
                                             "MemberPool, because it's type is neither MEMBER nor POOL");
@@ -189,11 +223,14 @@ bool IsUniqueSuffix(std::string_view suffix) {
 
 Parameter MemberPool::GetUniqueNameParam(Parameter parameter) const {
     std::string_view const base = parameter.GetName();
-    std::vector<PropertyPtr> const properties = GetAllProperties();
-    auto const count = std::count_if(properties.begin(), properties.end(), [&](PropertyPtr const& property) {
+    auto const counts = [&](PropertyPtr const& property) {
         std::string_view const candidate = property->GetName();
         return candidate.starts_with(base) && IsUniqueSuffix(candidate.substr(base.size()));
-    });
+    };
+    std::ptrdiff_t count = 0;
+    for (PropertyTable const* const table : Tables()) {
+        count += std::count_if(table->All().begin(), table->All().end(), counts);
+    }
     if (count > 0) {
         parameter.SetName(parameter.GetName() + "_" + std::to_string(count));
     }
@@ -203,11 +240,14 @@ Parameter MemberPool::GetUniqueNameParam(Parameter parameter) const {
 // Selections.
 
 void MemberPool::SetBasePoolsForMemberSelections() {
-    std::vector<PropertyPtr> selections;
-    GetAllPropertiesOfCertainType(selections, MEMBERSELECTION);
-    for (PropertyPtr const& property : selections) {
-        if (auto* const selectionProperty = dynamic_cast<MemberSelectionProperty*>(property.Get())) {
-            selectionProperty->SetBasePoolFromID();
+    for (PropertyTable const* const table : Tables()) {
+        for (PropertyPtr const& property : table->All()) {
+            auto* const selections = property->GetPropertyType() == MEMBERSELECTION
+                                         ? dynamic_cast<MemberSelectionProperty*>(property.Get())
+                                         : nullptr;
+            if (selections != nullptr) {
+                selections->SetBasePoolFromID();
+            }
         }
     }
 }

@@ -1,0 +1,130 @@
+// Gentra, copyright the Gentra authors.
+// SPDX-License-Identifier: MIT
+
+// What a behaviour reads and writes while it runs, as far as it takes more than a fast parameter.
+
+#include "gentra/behaviours/Behaviour.h"
+
+#include "gentra/pools/Context.h"
+#include "gentra/pools/MemberPool.h"
+#include "gentra/properties/BehaviourProperty.h"
+#include "gentra/properties/MemberSelection.h"
+#include "gentra/properties/MemberSelectionProperty.h"
+#include "gentra/util/GlobalMessageManager.h"
+
+#include <cstring>
+
+namespace Gentra {
+
+using PropertyPtr = Util::RefCountPtr<Property>;
+
+void const* Behaviour::PropertyDatum(int index) const {
+    return LinkedProperty(index).GetData();
+}
+
+/// Where the record of `member` holds the datum, if that is known to be so; else some zeros, which nobody reads again.
+unsigned char* Behaviour::CheckedMemberDatum(int index, std::size_t size) const {
+    Basic_Parameter const& parameter = FastParam(index);
+    MemberPool const* const pool = LinkedProperty(index).GetOwnerPool();
+    if (pool != nullptr && pool->HasMember(member) && parameter.dataOffset >= 0) {
+        return member.record + parameter.dataOffset;
+    }
+    GlobalMessageManager::OutputMessageOnce("Error :: PoolProcessing :: The Behaviour \"%s\" uses a Member that is not of "
+                                            "the Pool of its Parameter \"%s\"",
+                                            name.c_str(), parameterInterface.size() > static_cast<std::size_t>(index)
+                                                              ? parameterInterface[index]->GetName().c_str()
+                                                              : "");
+    std::vector<MemberPool*> pools;
+    context->GetAllMemberPools(pools);
+    for (MemberPool const* const other : pools) {
+        if (other->HasMember(member) && other->HasDatum(parameter.dataOffset, static_cast<int>(size), VALUE)) {
+            return member.record + parameter.dataOffset;
+        }
+    }
+    static unsigned char nowhere[sizeof(Math::Vec3) + sizeof(void*)];
+    std::memset(nowhere, 0, sizeof nowhere);
+    return nowhere;
+}
+
+void Behaviour::WriteFlexibleValue(int index, float newValue) {
+    switch (FastParam(index).owner) {
+    case POOL:
+        fastParams[index].value = newValue;
+        break;
+    case MEMBER:
+        Datum::Write(MemberDatum(index, sizeof newValue), newValue);
+        break;
+    default:
+        LinkedProperty(index).SetData(&newValue);
+    }
+}
+
+void Behaviour::WriteFlexibleVec3(int index, Math::Vec3 newVector) {
+    switch (FastParam(index).owner) {
+    case POOL:
+        fastParams[index].vector = newVector;
+        break;
+    case MEMBER:
+        Datum::Write(MemberDatum(index, sizeof newVector), newVector);
+        break;
+    default:
+        LinkedProperty(index).SetData(&newVector);
+    }
+}
+
+MemberSelection& Behaviour::UseFlexibleConstMemberSelection(int index) {
+    auto* const selection = PropertyDatumOr<MemberSelection*>(index, nullptr);
+    return selection != nullptr ? *selection : NoSelection();
+}
+
+MemberSelection& Behaviour::NoSelection() {
+    // Without a base pool nobody can add members to it.
+    static MemberSelection& none = *new MemberSelection(nullptr);
+    return none;
+}
+
+void Behaviour::TriggerFlexibleBehaviour(int index) {
+    assert(index >= 0 && static_cast<std::size_t>(index) < linkedProperties.size());
+    PropertyPtr const linked = linkedProperties[static_cast<std::size_t>(index)]; // held while it triggers
+    if (auto* const trigger = dynamic_cast<BehaviourProperty*>(linked.Get())) {
+        trigger->TriggerBehaviour();
+    }
+}
+
+Member Behaviour::UseMemberInSelection(MemberSelection& selection, int index) {
+    return selection.GetMemberByIndex(index);
+}
+
+// Lookups.
+
+namespace {
+
+Property* FindInPool(MemberPool const* pool, Util::String const& propertyName) {
+    if (pool == nullptr) {
+        return nullptr;
+    }
+    PropertyPtr const found = pool->GetPropertyFromName(propertyName);
+    return found != Property::NIL ? found.Get() : nullptr;
+}
+
+} // namespace
+
+Property* Behaviour::GetPropertyByName(Util::String const& propertyName, MemberSelection& selection) {
+    return FindInPool(selection.GetBasePool(), propertyName);
+}
+
+Property* Behaviour::GetPropertyByName(Util::String const& propertyName, unsigned int index) const {
+    // The fast parameter does not own its property, which may have gone since.
+    MemberSelectionProperty* const selections =
+        index < compiledSelections.size() ? compiledSelections[index].Get() : nullptr;
+    if (selections == nullptr || fastParams[index].property != selections) {
+        return nullptr;
+    }
+    return FindInPool(selections->GetBasePool(), propertyName);
+}
+
+SpatialOrganizer& Behaviour::GetSpatialOrganizer(MemberSelection& selection) const {
+    return context->GetSpatialRelations().GetSpatialOrganizer(selection);
+}
+
+} // namespace Gentra
