@@ -9,11 +9,23 @@
 namespace Gentra {
 
 SpatialOrganizer::SpatialOrganizer(MemberSelection* newSelection, Context* newContext,
-                                   Util::RefCountPtr<Property> newPositionProperty)
-    : context(newContext),
-      selection(newSelection != nullptr ? newSelection->Watch() : Util::WeakPtr<MemberSelection>()),
-      positionProperty(newPositionProperty.Get() != nullptr ? newPositionProperty : Property::NIL),
-      positionOffset(positionProperty->GetDataOffset()) {}
+                                   Util::RefCountPtr<Property> newPositionProperty) {
+    Organize(newSelection, newContext, newPositionProperty);
+}
+
+void SpatialOrganizer::Organize(MemberSelection* newSelection, Context* newContext,
+                                Util::RefCountPtr<Property> newPositionProperty) {
+    Util::WeakPtr<MemberSelection> const watched =
+        newSelection != nullptr ? newSelection->Watch() : Util::WeakPtr<MemberSelection>();
+    Util::RefCountPtr<Property> const formerProperty = positionProperty; // released last: it may run a host's destructor
+    context = newContext;
+    selection = watched;
+    positionProperty = newPositionProperty.Get() != nullptr ? newPositionProperty : Property::NIL;
+    positionOffset = positionProperty->GetDataOffset();
+    refreshTimer = 0.0f;
+    rebuildTimer = 0.0f;
+    sortedGeneration = 0;
+}
 
 void SpatialOrganizer::Update(float refreshInterval, float rebuildInterval, float timeElapsed) {
     rebuildTimer += timeElapsed;

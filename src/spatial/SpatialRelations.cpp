@@ -8,48 +8,76 @@
 #include "gentra/properties/Property.h"
 #include "gentra/spatial/GridOrganizer.h"
 
-#include <algorithm>
-
 namespace Gentra {
 
 SpatialRelations::SpatialRelations(Context& newContext) : context(&newContext) {}
 
 SpatialOrganizer& SpatialRelations::GetSpatialOrganizer(MemberSelection& selection) {
-    auto const found = organizers.find(&selection);
+    auto found = organizers.find(&selection);
     if (found == organizers.end()) {
-        return *organizers.emplace(&selection, MakeOrganizer(selection)).first->second;
+        if (organizers.size() >= collectAt) {
+            CollectIdle();
+        }
+        found = organizers.try_emplace(&selection).first;
     }
-    if (found->second->GetSelection() != &selection) { // but one that had the same address
-        OrganizerPtr const organizer = MakeOrganizer(selection);
-        dropped.push_back(found->second);
-        found->second->ReleaseMemory();
-        found->second = organizer;
+    Organizers& own = found->second;
+    if (own.isFresh && own.current->GetSelection() == &selection) {
+        return *own.current;
     }
-    return *found->second;
+    if (own.isFresh) { // for another selection, which had the same address
+        own.isFresh = false;
+        own.current.swap(own.former);
+    }
+    MemberPool const* const pool = selection.GetBasePool();
+    Util::RefCountPtr<Property> const position =
+        pool != nullptr ? pool->GetPropertyFromName("Position") : Property::NIL;
+    if (own.current == nullptr && !idle.empty()) {
+        own.current = idle.back();
+        idle.pop_back();
+    }
+    if (own.current == nullptr) {
+        own.current = std::make_shared<GridOrganizer>(&selection, context, position);
+    } else {
+        own.current->Organize(&selection, context, position);
+    }
+    own.current->Rebuild();
+    own.current->Refresh();
+    own.isFresh = true;
+    return *own.current;
 }
 
-SpatialRelations::OrganizerPtr SpatialRelations::MakeOrganizer(MemberSelection& selection) const {
-    MemberPool const* const pool = selection.GetBasePool();
-    auto organizer = std::make_shared<GridOrganizer>(
-        &selection, context, pool != nullptr ? pool->GetPropertyFromName("Position") : Property::NIL);
-    organizer->Rebuild();
-    organizer->Refresh();
-    return organizer;
+/// Takes the organizers of selections that have gone for others to come.
+void SpatialRelations::CollectIdle() {
+    idle.reserve(idle.size() + 2 * organizers.size());
+    for (auto entry = organizers.begin(); entry != organizers.end();) {
+        Organizers& own = entry->second;
+        if (own.current != nullptr && own.current->GetSelection() != nullptr) {
+            ++entry;
+            continue;
+        }
+        for (OrganizerPtr const& each : {own.current, own.former}) {
+            if (each != nullptr) {
+                each->ReleaseMemory();
+                idle.push_back(each);
+            }
+        }
+        entry = organizers.erase(entry);
+    }
+    collectAt = 2 * organizers.size() + 16;
 }
 
 void SpatialRelations::Reset() {
-    auto const unreleased = dropped.begin() + static_cast<std::ptrdiff_t>(released);
-    auto const answering = std::partition(unreleased, dropped.end(),
-                                          [](OrganizerPtr const& organizer) { return !organizer->CanAnswer(); });
-    for (auto organizer = unreleased; organizer != answering; ++organizer) {
-        (*organizer)->ReleaseMemory();
+    for (auto& entry : organizers) {
+        Organizers& own = entry.second;
+        if (!own.isFresh) { // not asked for since the last pass
+            continue;
+        }
+        own.isFresh = false;
+        own.current.swap(own.former);
+        if (own.current != nullptr && !own.current->CanAnswer()) {
+            own.current->ReleaseMemory();
+        }
     }
-    released = static_cast<std::size_t>(answering - dropped.begin());
-    dropped.reserve(dropped.size() + organizers.size());
-    for (auto const& entry : organizers) {
-        dropped.push_back(entry.second);
-    }
-    organizers.clear();
 }
 
 } // namespace Gentra

@@ -10,6 +10,7 @@
 #include <limits>
 #include <map>
 #include <optional>
+#include <set>
 #include <random>
 #include <span>
 
@@ -383,12 +384,33 @@ TEST(SpatialRelation, KeepsOneOrganizerASelectionUntilReset) {
     std::vector<GridOrganizer*> former{&grid};
     for (int i = 0; i < 4; ++i) {
         MainContext().GetSpatialRelations().Reset();
-        EXPECT_EQ(std::count(former.begin(), former.end(), &crowd.Grid()), 0);
+        EXPECT_NE(former.back(), &crowd.Grid());
         former.push_back(&crowd.Grid());
         for (GridOrganizer* const each : former) {
             EXPECT_EQ(Near(*each, {5, 0, 5}, 2), near);
         }
     }
+    EXPECT_EQ(std::set(former.begin(), former.end()).size(), 2u) << "in turn, however many passes there are";
+}
+
+TEST(SpatialRelation, UsesTheOrganizersOfSelectionsThatHaveGone) {
+    Crowd crowd(Lattice(4, 4, 10, 10));
+    std::set<SpatialOrganizer*> organizers;
+    std::vector<std::unique_ptr<MemberSelection>> kept; // so that each has an address of its own
+    for (int i = 0; i < 300; ++i) {
+        kept.push_back(std::make_unique<MemberSelection>(&crowd));
+        kept.back()->AddMembers(crowd, crowd.GetAllMembers());
+        GridOrganizer& grid = Crowd::Grid(*kept.back());
+        EXPECT_EQ(Near(grid, {}, 100).size(), 16u);
+        organizers.insert(&grid);
+        if (i % 10 != 0) {
+            std::vector<std::unique_ptr<MemberSelection>> gone;
+            gone.push_back(std::make_unique<MemberSelection>(*kept.back()));
+            gone.back().swap(kept.back());
+        }
+    }
+    EXPECT_LT(organizers.size(), 150u);
+    EXPECT_EQ(&Crowd::Grid(*kept.front()), &Crowd::Grid(*kept.front()));
 }
 
 TEST(SpatialRelation, TellsASelectionFromAnotherAtItsAddress) {

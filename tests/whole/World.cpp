@@ -54,7 +54,7 @@ struct PropertyState {
     PoolState* pool = nullptr;
     Gentra::PropertyOwner owner = Gentra::FLEXIBLE;
     int offset = -1;
-    int organizers = 0; ///< How many were made that read it; each lasts as long as its context.
+    int organizers = 0; ///< How many were made that read it, at most.
 
     [[nodiscard]] Gentra::PropertyType Type() const { return property->GetPropertyType(); }
     [[nodiscard]] bool IsNumeric() const { return Type() == Gentra::VALUE || Type() == Gentra::VECTOR; }
@@ -1490,8 +1490,8 @@ public:
             Require(property.GetOwnerPool() == pool, "a property's pool");
             Require(property.GetPropertyOwner() == state->owner, "a property's owner");
             Require(property.GetDataOffset() == state->offset, "a property's offset");
-            Require(state->property.GetCount() == 1 + state->organizers + shares[&property],
-                    "the number of those who share a property");
+            int const holders = state->property.GetCount() - 1 - shares[&property];
+            Require(holders >= 0 && holders <= state->organizers, "the number of those who share a property");
             if (state->IsNumeric()) {
                 auto const size = static_cast<std::size_t>(state->size);
                 Require(std::memcmp(property.GetPoolData(), state->value.data(), size) == 0, "a property's default");

@@ -67,6 +67,8 @@ public:
 protected:
     ~SpatialOrganizer() = default;
 
+    /// Begins anew, as if it had just been made for that selection.
+    void Organize(MemberSelection* newSelection, Context* newContext, Util::RefCountPtr<Property> newPositionProperty);
     /// The pool of the members, if their records have a position to read now; else null.
     [[nodiscard]] MemberPool* PoolWithPositions() const noexcept;
     /// Notes whose members are being sorted.
@@ -74,10 +76,10 @@ protected:
     /// The pool of the members that were sorted, if they are still there; else null.
     [[nodiscard]] MemberPool* PoolOfSorted() const noexcept;
 
-    Context* context;                             ///< Not owned.
+    Context* context = nullptr;                   ///< Not owned.
     Util::WeakPtr<MemberSelection> selection;     ///< Null again when the selection is destroyed.
-    Util::RefCountPtr<Property> positionProperty; ///< Never a null pointer.
-    std::int32_t positionOffset;                  ///< In the member record, in bytes, as of the construction.
+    Util::RefCountPtr<Property> positionProperty = Property::NIL; ///< Never a null pointer.
+    std::int32_t positionOffset = -1;             ///< In the member record, in bytes, as of the construction.
     float refreshTimer = 0.0f;                    ///< Seconds since the last refresh, as Update() was told.
     float rebuildTimer = 0.0f;                    ///< Seconds since the last rebuild.
 

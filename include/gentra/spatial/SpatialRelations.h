@@ -30,26 +30,35 @@ public:
     /// selection's base pool, and sorts the members. A selection that has taken the address of one that has
     /// gone gets one of its own.
     ///
-    /// The reference lasts as long as the spatial relations, also after Reset(). Call it again after each
-    /// construct pass all the same: when the pass has built the pool, the old organizer finds nobody. So does
-    /// one that was asked for before its pool got the property, until the next pass.
+    /// The reference stays usable as long as the spatial relations. Call it again after each construct pass all the same:
+    /// when the pass has built the pool, the old organizer finds nobody, until after another pass it serves its selection
+    /// anew. One that was asked for before its pool got the property finds nobody until the next pass. Once its selection
+    /// has gone, an organizer may come to serve another one.
     [[nodiscard]] SpatialOrganizer& GetSpatialOrganizer(MemberSelection& selection);
 
     /// Drops all organizers, so that they are made afresh for the layouts that a construct pass is about to
     /// change. The context calls it at the start of each pass.
     ///
-    /// Those that were dropped before and cannot find anybody any more give back the memory of their cells.
+    /// Of those that were dropped by the pass before, the ones that cannot find anybody any more give back the memory of
+    /// their cells.
     void Reset();
 
 private:
     using OrganizerPtr = std::shared_ptr<GridOrganizer>; // it destroys an organizer as what it was made as
 
-    [[nodiscard]] OrganizerPtr MakeOrganizer(MemberSelection& selection) const;
+    /// Two for a selection, in turn: behaviours may still hold a reference to the one that the last pass has dropped.
+    struct Organizers {
+        OrganizerPtr current;
+        OrganizerPtr former;
+        bool isFresh = false; ///< Whether `current` was made since the last pass.
+    };
 
-    std::unordered_map<MemberSelection*, OrganizerPtr> organizers; ///< By the selection's address.
-    Context* context;                                              ///< Not owned.
-    std::vector<OrganizerPtr> dropped;                             ///< Kept alive, as behaviours may still use them.
-    std::size_t released = 0; ///< How many of them, the first ones, have given their memory back.
+    void CollectIdle();
+
+    std::unordered_map<MemberSelection*, Organizers> organizers; ///< By the selection's address.
+    Context* context;                                            ///< Not owned.
+    std::vector<OrganizerPtr> idle;                              ///< Their selections have gone.
+    std::size_t collectAt = 16;                                  ///< The number of organizers to look for such ones at.
 };
 
 } // namespace Gentra
