@@ -62,7 +62,7 @@ public:
 
     void ProcessMembers(std::vector<Member>& members, Member&) override {
         SpatialOrganizer& organizer = GetSpatialOrganizer(*GetOwnerPool());
-        organizer.Update(0, 100, ReadFlexibleValue(FIRST_OWN + 2));
+        organizer.Update(0, 0, ReadFlexibleValue(FIRST_OWN + 2)); // exact for where particles are now
         MemberSelection neighbours(GetOwnerPool());
         float const noise = ReadFlexibleValue(FIRST_OWN + 1);
         for (Member const& each : members) {

@@ -106,7 +106,7 @@ public:
     void ProcessMembers(std::vector<Member>& members, Member&) override {
         MemberPool& pool = *GetOwnerPool();
         SpatialOrganizer& organizer = GetSpatialOrganizer(pool);
-        organizer.Update(0, 1, ReadFlexibleValue(FIRST_OWN + 1));
+        organizer.Update(0, 0, ReadFlexibleValue(FIRST_OWN + 1)); // exact for where people are now
         MemberSelection neighbours(&pool);
         float const desiredSpeed = ReadFlexibleValue(FIRST_OWN);
         float highestPressure = 0;

@@ -46,14 +46,14 @@ void Simulation::Step() {
     people.ProcessMemberPool();
     time += static_cast<double>(timeStep);
     int const position = people.GetDataOffsetFromPropertyName("Position");
-    for (int i = people.GetNumMembers(); i-- > 0;) {
-        Member const person = people.GetMemberByIndex(i);
+    std::vector<Member> outside;
+    for (Member const person : people.GetAllMembers()) {
         if (Datum::Read<Math::Vec3>(person.record + position).x > OUTSIDE) {
             leavingTimes.push_back(time);
-            people.RemoveMemberByIndex(i);
-            people.DeleteMember(person);
+            outside.push_back(person);
         }
     }
+    people.RemoveAndDeleteMembers(outside);
 }
 
 } // namespace Escape

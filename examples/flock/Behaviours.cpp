@@ -58,11 +58,12 @@ public:
 /// Keeps a bird near its neighbours, on their course and out of their way.
 class Gather : public BirdBehaviour {
 public:
-    Gather() : BirdBehaviour("Gather") { FlexibleValue(FIRST_OWN, "TimeStep"); }
+    Gather() : BirdBehaviour("Gather") {}
 
     void ProcessMembers(std::vector<Member>& members, Member&) override {
         SpatialOrganizer& organizer = GetSpatialOrganizer(*GetOwnerPool());
-        organizer.Update(0, 1, ReadFlexibleValue(FIRST_OWN)); // sorted each frame, with a new grid each second
+        organizer.Rebuild(); // for where the birds are now, also when no time has passed
+        organizer.Refresh();
         MemberSelection neighbours(GetOwnerPool());
         Basic_Parameter const positionOf = fastParams[POSITION];
         Basic_Parameter const velocityOf = fastParams[VELOCITY];

@@ -29,11 +29,10 @@ unsigned char* Behaviour::CheckedMemberDatum(int index, std::size_t size) const 
     if (pool != nullptr && pool->HasMember(member) && parameter.dataOffset >= 0) {
         return member.record + parameter.dataOffset;
     }
-    GlobalMessageManager::OutputMessageOnce("Error :: PoolProcessing :: The Behaviour \"%s\" uses a Member that is not of "
-                                            "the Pool of its Parameter \"%s\"",
-                                            name.c_str(), parameterInterface.size() > static_cast<std::size_t>(index)
-                                                              ? parameterInterface[index]->GetName().c_str()
-                                                              : "");
+    auto const slot = static_cast<std::size_t>(index);
+    GlobalMessageManager::OutputMessageOnce(
+        "Error :: PoolProcessing :: The Behaviour \"%s\" uses a Member that is not of the Pool of its Parameter \"%s\"",
+        name.c_str(), slot < parameterInterface.size() ? parameterInterface[slot]->GetName().c_str() : "");
     std::vector<MemberPool*> pools;
     context->GetAllMemberPools(pools);
     for (MemberPool const* const other : pools) {
