@@ -8,6 +8,27 @@
 
 using namespace Gentra;
 
+namespace {
+
+/// Asks around the place at x = 80, and counts by looking at everybody.
+void Compare(char const* what, SpatialOrganizer& organizer, MemberPool& pool) {
+    constexpr float X = 80;
+    constexpr float RADIUS = 15;
+    MemberSelection found(&pool);
+    organizer.GetMembersInRadius(found, {X, 0, 20}, RADIUS, Member::NIL);
+    int count = 0;
+    int const position = pool.GetDataOffsetFromPropertyName("Position");
+    for (Member const each : pool.GetAllMembers()) {
+        auto const at = Datum::Read<Math::Vec3>(each.record + position);
+        float const x = at.x - X;
+        float const z = at.z - 20;
+        count += x * x + z * z < RADIUS * RADIUS ? 1 : 0;
+    }
+    std::cout << what << ": " << found.GetNumMembers() << " found of " << count << "\n";
+}
+
+} // namespace
+
 int main() {
     MemberPool trees(ContextManager::GetMainContext());
     Util::RefCountPtr<VectorProperty> const position(
@@ -29,8 +50,35 @@ int main() {
 
     Math::Vec3 moved(22, 0, 21);
     position->SetDataToMemberSelection(&moved, trees, 0);
+    organizer.Rebuild(); // a layout for where the members are now,
+    organizer.Refresh(); // and the members sorted into it
     near.Clear();
-    organizer.Refresh(); // sorts the members by where they are now
     organizer.GetMembersInRadius(near, {20, 0, 20}, 5, Member::NIL);
     std::cout << near.GetNumMembers() << " within 5 after one has moved there\n";
+
+    // A layout of yesterday.
+    moved = {80, 0, 20};
+    for (int i = 0; i < 5; ++i) { // the first row goes far away
+        position->SetDataToMemberSelection(&moved, trees, i);
+    }
+    organizer.Refresh();
+    Compare("sorted into the former layout", organizer, trees);
+    organizer.Rebuild();
+    organizer.Refresh();
+    Compare("into one of today", organizer, trees);
+
+    // Members on a line.
+    MemberPool alley(ContextManager::GetMainContext());
+    alley.AddMemberProperty(position);
+    for (int i = 0; i < 20; ++i) {
+        position->vector = {10.0f * static_cast<float>(i), 0, 20};
+        alley.AddNewMember();
+    }
+    SpatialOrganizer& ofAlley = ContextManager::GetMainContext().GetSpatialRelations().GetSpatialOrganizer(alley);
+    Compare("on a line", ofAlley, alley);
+    position->vector = {0, 0, 40}; // a post beside the line, just farther than anybody looks
+    alley.AddNewMember();
+    ofAlley.Rebuild();
+    ofAlley.Refresh();
+    Compare("with a post beside it", ofAlley, alley);
 }

@@ -28,6 +28,21 @@ private:
     int created = 0;
 };
 
+class Count : public Behaviour {
+public:
+    Count() {
+        SetBehaviourName("Count");
+        Parameter const basket(FLEXIBLE, FIXEDSIZEDATA, "Basket", VISIBLE, nullptr);
+        AddParameterToInterface(&basket);
+    }
+    bool TriggerLiveBehaviour() override {
+        member = GetOwnerPool()->ActiveMember();
+        apples += Datum::Read<Inventory>(ReadFlexibleUserData(0)).apples;
+        return true;
+    }
+    int apples = 0;
+};
+
 } // namespace
 
 int main() {
@@ -40,5 +55,11 @@ int main() {
         auto const held = Datum::Read<Inventory>(basket->GetDataFromMemberSelection(gardeners, i));
         std::cout << held.apples << " apples, " << held.pears << " pears\n";
     }
+    Util::RefCountPtr<Count> const count(new Count);
+    count->LinkPropertyToVisibleInterface(basket, 0);
+    gardeners.LinkPassiveBehaviour(count);
+    count->PushLinkedParamsToFastParams(); // the pool has been filled outside a pass
+    gardeners.ApplyPassiveBehaviour(*count);
+    std::cout << count->apples << " apples in all\n";
     gardeners.DeleteMember(gardeners.RemoveMemberByIndex(1));
 }
