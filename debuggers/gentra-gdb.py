@@ -71,7 +71,8 @@ def known_pools():
         context = gdb.parse_and_eval("Gentra::ContextManager::mainContext")
         if not context:
             return []
-        return [watched(pool) for pool in listed(context["poolsByID"])[1::2] if watched(pool)]
+        registered = [watched(each["pool"]) for each in listed(context["poolsByID"])[1::2]]
+        return [pool for pool in registered if pool]
     except NOT_THERE:
         return []
 
