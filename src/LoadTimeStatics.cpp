@@ -3,9 +3,9 @@
 
 // Every static object of the library that another one needs while the program loads, built in one order.
 //
-// Between source files the linker decides the order, so none of these is a plain static object. Each has raw
-// storage, ready before any code runs, and a reference to it; the first LoadTimeStatics keeper of the process
-// builds them all in the order below, the last one destroys them in the reverse order.
+// Between source files the linker decides the order, so none of these is a plain static object. They are the members of
+// one struct in raw storage, ready before any code runs, to which the references of the classes are bound; the first
+// LoadTimeStatics keeper of the process builds it, the last one destroys it. Its members come in the order of need.
 //
 // What the library's constructors touch beyond these is constant-initialised or made on first use and never
 // destroyed: the random source, the event bus, the message log and the main context.
@@ -21,105 +21,70 @@
 
 #include <map>
 #include <memory>
-#include <utility>
 
 namespace Gentra {
 
 namespace {
 
-/// Storage for an object that is built and destroyed by hand.
-template<class T>
+struct Statics {
+    // Factories may register from the first moment.
+    std::map<Util::String, BehaviourFactory*> factoryRegistry;
+
+    // The main context registers for these two families when it is made, by Behaviour::NIL below.
+    Util::EventType poolEvent{"MemberPool"};
+    Util::EventType poolEventCreated{poolEvent, "Created", 0};
+    Util::EventType poolEventDeleted{poolEvent, "Deleted", 1};
+    Util::EventType poolEventConstruct{poolEvent, "Construct", 2};
+
+    // Every property is made with this name at first.
+    Util::String noName{"None"};
+    Util::RefCountPtr<MemberSelectionProperty> selectionPropertyNil;
+    Util::EventType propertyEvent{"Property"};
+    Util::RefCountPtr<Property> propertyNil{new Property("NULL")};
+
+    // A behaviour fetches the main context.
+    Util::RefCountPtr<Behaviour> behaviourNil;
+    Util::EventType behaviourEvent{"Behaviour"};
+    Util::EventType behaviourEventCreate{behaviourEvent, "Create", 0};
+};
+
+/// Storage for them, built and destroyed by hand.
 union Storage {
     constexpr Storage() noexcept : none() {}
     constexpr ~Storage() {}
 
-    template<class... Arguments>
-    void Build(Arguments&&... arguments) {
-        std::construct_at(&object, std::forward<Arguments>(arguments)...);
-    }
-    void Destroy() { std::destroy_at(&object); }
-
     char none;
-    T object;
+    Statics statics;
 };
 
-constinit Storage<std::map<Util::String, BehaviourFactory*>> factoryRegistry;
-constinit Storage<Util::EventType> poolEvent;
-constinit Storage<Util::EventType> poolEventCreated;
-constinit Storage<Util::EventType> poolEventDeleted;
-constinit Storage<Util::EventType> poolEventConstruct;
-constinit Storage<Util::String> noName;
-constinit Storage<Util::RefCountPtr<MemberSelectionProperty>> selectionPropertyNil;
-constinit Storage<Util::EventType> propertyEvent;
-constinit Storage<Util::RefCountPtr<Property>> propertyNil;
-constinit Storage<Util::RefCountPtr<Behaviour>> behaviourNil;
-constinit Storage<Util::EventType> behaviourEvent;
-constinit Storage<Util::EventType> behaviourEventCreate;
-
+constinit Storage storage;
 constinit unsigned int keepers = 0;
-
-void BuildAll() {
-    // Factories may register from the first moment.
-    factoryRegistry.Build();
-
-    // The main context registers for these two families when it is made, by Behaviour::NIL below.
-    poolEvent.Build("MemberPool");
-    poolEventCreated.Build(poolEvent.object, "Created", 0);
-    poolEventDeleted.Build(poolEvent.object, "Deleted", 1);
-    poolEventConstruct.Build(poolEvent.object, "Construct", 2);
-
-    // Every property is made with this name at first.
-    noName.Build("None");
-    selectionPropertyNil.Build();
-    propertyEvent.Build("Property");
-    propertyNil.Build(new Property("NULL"));
-
-    // A behaviour fetches the main context.
-    behaviourNil.Build();
-    behaviourEvent.Build("Behaviour");
-    behaviourEventCreate.Build(behaviourEvent.object, "Create", 0);
-}
-
-void DestroyAll() {
-    behaviourEventCreate.Destroy();
-    behaviourEvent.Destroy();
-    behaviourNil.Destroy();
-    propertyNil.Destroy();
-    propertyEvent.Destroy();
-    selectionPropertyNil.Destroy();
-    noName.Destroy();
-    poolEventConstruct.Destroy();
-    poolEventDeleted.Destroy();
-    poolEventCreated.Destroy();
-    poolEvent.Destroy();
-    factoryRegistry.Destroy();
-}
 
 } // namespace
 
-constinit ContextManager::FactoryRegistry& ContextManager::factoryRegistry = Gentra::factoryRegistry.object;
-constinit Util::EventType const& MemberPool::EVENT = poolEvent.object;
-constinit Util::EventType const& MemberPool::EVENT_CREATED = poolEventCreated.object;
-constinit Util::EventType const& MemberPool::EVENT_DELETED = poolEventDeleted.object;
-constinit Util::EventType const& MemberPool::EVENT_CONSTRUCT = poolEventConstruct.object;
-constinit Util::String const& Property::NO_NAME = noName.object;
-constinit Util::RefCountPtr<MemberSelectionProperty> const& MemberSelectionProperty::NIL = selectionPropertyNil.object;
-constinit Util::EventType const& Property::EVENT = propertyEvent.object;
-constinit Util::RefCountPtr<Property> const& Property::NIL = propertyNil.object;
-constinit Util::RefCountPtr<Behaviour> const& Behaviour::NIL = behaviourNil.object;
-constinit Util::EventType const& Behaviour::EVENT = behaviourEvent.object;
-constinit Util::EventType const& Behaviour::EVENT_CREATE = behaviourEventCreate.object;
+constinit ContextManager::FactoryRegistry& ContextManager::factoryRegistry = storage.statics.factoryRegistry;
+constinit Util::EventType const& MemberPool::EVENT = storage.statics.poolEvent;
+constinit Util::EventType const& MemberPool::EVENT_CREATED = storage.statics.poolEventCreated;
+constinit Util::EventType const& MemberPool::EVENT_DELETED = storage.statics.poolEventDeleted;
+constinit Util::EventType const& MemberPool::EVENT_CONSTRUCT = storage.statics.poolEventConstruct;
+constinit Util::String const& Property::NO_NAME = storage.statics.noName;
+constinit Util::RefCountPtr<MemberSelectionProperty> const& MemberSelectionProperty::NIL = storage.statics.selectionPropertyNil;
+constinit Util::EventType const& Property::EVENT = storage.statics.propertyEvent;
+constinit Util::RefCountPtr<Property> const& Property::NIL = storage.statics.propertyNil;
+constinit Util::RefCountPtr<Behaviour> const& Behaviour::NIL = storage.statics.behaviourNil;
+constinit Util::EventType const& Behaviour::EVENT = storage.statics.behaviourEvent;
+constinit Util::EventType const& Behaviour::EVENT_CREATE = storage.statics.behaviourEventCreate;
 constinit Math::Vec3 const Behaviour::NULLPOS;
 
 LoadTimeStatics::LoadTimeStatics() {
     if (keepers++ == 0) {
-        BuildAll();
+        std::construct_at(&storage.statics);
     }
 }
 
 LoadTimeStatics::~LoadTimeStatics() {
     if (--keepers == 0) {
-        DestroyAll();
+        std::destroy_at(&storage.statics);
     }
 }
 
