@@ -68,7 +68,8 @@ constinit Util::EventType const& MemberPool::EVENT_CREATED = storage.statics.poo
 constinit Util::EventType const& MemberPool::EVENT_DELETED = storage.statics.poolEventDeleted;
 constinit Util::EventType const& MemberPool::EVENT_CONSTRUCT = storage.statics.poolEventConstruct;
 constinit Util::String const& Property::NO_NAME = storage.statics.noName;
-constinit Util::RefCountPtr<MemberSelectionProperty> const& MemberSelectionProperty::NIL = storage.statics.selectionPropertyNil;
+constinit Util::RefCountPtr<MemberSelectionProperty> const& MemberSelectionProperty::NIL =
+    storage.statics.selectionPropertyNil;
 constinit Util::EventType const& Property::EVENT = storage.statics.propertyEvent;
 constinit Util::RefCountPtr<Property> const& Property::NIL = storage.statics.propertyNil;
 constinit Util::RefCountPtr<Behaviour> const& Behaviour::NIL = storage.statics.behaviourNil;

@@ -76,8 +76,8 @@ std::size_t Behaviour::NumLinkedParameters() const noexcept {
 }
 
 /// For construction behaviours, which keep their links when a pool is cleared. An intrinsic property that is in no pool
-/// (any more) must give its place to a new one. One that gave way to another of its name also is in no pool, but still a
-/// pool property, and stays.
+/// (any more) must give its place to a new one. One that gave way to another of its name also is in no pool, but still
+/// a pool property, and stays.
 void Behaviour::DropStaleIntrinsicLinks() {
     for (PropertyPtr& link : linkedProperties) {
         if (link->IsIntrinsic() && link->GetPropertyOwner() != POOL && link->GetOwnerPool() == nullptr) {

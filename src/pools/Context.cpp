@@ -307,8 +307,8 @@ void Context::ForEachPool(void (*action)(MemberPool& pool)) {
 
 void Context::BuildMemberPool(MemberPool& pool) {
     if (pool.IsInUse()) {
-        GlobalMessageManager::OutputMessage(
-            "Error :: Context :: The Pool \"%s\" can not be built while it is in use", pool.GetName().c_str());
+        GlobalMessageManager::OutputMessage("Error :: Context :: The Pool \"%s\" can not be built while it is in use",
+                                            pool.GetName().c_str());
         return;
     }
     Util::WeakPtr<MemberPool> const alive = pool.GetWeakPtr();

@@ -305,7 +305,8 @@ void MemberPool::GetDefaultProperties(std::vector<PropertyPtr>& out) const {
     out.assign(ofMembers.begin(), ofMembers.begin() + std::min<std::ptrdiff_t>(std::ssize(ofMembers), 2));
 }
 
-/// Triggers the leaving events of a table, which nothing enters meanwhile. False when a listener has destroyed the pool.
+/// Triggers the leaving events of a table, which nothing enters meanwhile. False when a listener has destroyed the
+/// pool.
 bool MemberPool::AnnounceLeaving(PropertyTable::Properties const& table, char const* subName,
                                  Util::FirstException& exception) noexcept {
     Util::WeakPtr<MemberPool> const self = GetWeakPtr();

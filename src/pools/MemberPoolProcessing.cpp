@@ -175,9 +175,9 @@ bool MemberPool::Prepare(Behaviour& behaviour, bool updateProperties, bool isCon
     return LayoutFits(behaviour, isConstruction);
 }
 
-/// Whether the behaviour's member data lie in this pool's records, as far as the pool can know: those linked to properties
-/// of other pools concern the members of these, unless it is a construction behaviour, which is given members of this pool
-/// whatever it is linked to.
+/// Whether the behaviour's member data lie in this pool's records, as far as the pool can know: those linked to
+/// properties of other pools concern the members of these, unless it is a construction behaviour, which is given
+/// members of this pool whatever it is linked to.
 bool MemberPool::LayoutFits(Behaviour const& behaviour, bool isConstruction) const {
     // Also where the interface was cleared: the fast parameters stay.
     std::size_t const count = std::min<std::size_t>(behaviour.linkedProperties.size(), Behaviour::MAX_PARAMETERS);

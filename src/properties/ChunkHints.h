@@ -61,7 +61,8 @@ private:
     static constexpr std::uint32_t EMPTY = 0xFFFFFFFFu;
     static constexpr int MOST_TRIES = 1000;
 
-    /// Multiplicative hashing by the golden ratio. Its upper half, scaled to the table, is where a member's hints begin.
+    /// Multiplicative hashing by the golden ratio. Its upper half, scaled to the table, is where a member's hints
+    /// begin.
     [[nodiscard]] static std::uint64_t Hash(Member member) noexcept {
         return static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(member.record)) * 0x9E3779B97F4A7C15u;
     }

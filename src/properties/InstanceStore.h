@@ -15,7 +15,8 @@ namespace Gentra {
 /// Owns the objects that a property creates for the members of its pool.
 ///
 /// Objects that are given back wait for a later member, which takes no memory. None is destroyed before the store, so
-/// that whoever still points at one never reads freed memory. `reset` is a function that makes an object as good as new.
+/// that whoever still points at one never reads freed memory. `reset` is a function that makes an object as good as
+/// new.
 template<class T>
 class InstanceStore {
 public:

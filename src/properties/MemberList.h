@@ -72,8 +72,9 @@ public:
         return previous != NONE ? Place{previous, Size(previous) - 1} : Place();
     }
 
-    /// The entry at that position, which must exist. The counts are a binary indexed tree (P. Fenwick, Software: Practice
-    /// and Experience 24, 1994) of runs of neighbouring chunks: one chunk each at first, later also those split off it.
+    /// The entry at that position, which must exist. The counts are a binary indexed tree (P. Fenwick, Software:
+    /// Practice and Experience 24, 1994) of runs of neighbouring chunks: one chunk each at first, later also those
+    /// split off it.
     [[nodiscard]] Place AtPosition(Number position) {
         Closed const closed(*this);
         assert(position < before);

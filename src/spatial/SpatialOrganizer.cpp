@@ -17,7 +17,8 @@ void SpatialOrganizer::Organize(MemberSelection* newSelection, Context* newConte
                                 Util::RefCountPtr<Property> newPositionProperty) {
     Util::WeakPtr<MemberSelection> const watched =
         newSelection != nullptr ? newSelection->Watch() : Util::WeakPtr<MemberSelection>();
-    Util::RefCountPtr<Property> const formerProperty = positionProperty; // released last: it may run a host's destructor
+    Util::RefCountPtr<Property> const formerProperty =
+        positionProperty; // released last: it may run a host's destructor
     context = newContext;
     selection = watched;
     positionProperty = newPositionProperty.Get() != nullptr ? newPositionProperty : Property::NIL;

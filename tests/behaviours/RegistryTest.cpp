@@ -52,7 +52,8 @@ TEST(PlugIns, AreJudgedByTheirFirstStamp) {
         GENTRA_PLUG_IN_STAMP(GENTRA_VERSION_MAJOR, GENTRA_VERSION_MINOR, GENTRA_POINTER_SIZE);
     auto const stamp = [](int major, int minor, std::size_t pointerSize) {
         return std::string(1, '\0') + "Gentra plug-in: version " + std::to_string(major) + "." + std::to_string(minor) +
-               ", pointers of " + std::to_string(pointerSize) + " bytes, " + (GENTRA_CHECKED != 0 ? "checked" : "unchecked") + std::string(1, '\0');
+               ", pointers of " + std::to_string(pointerSize) + " bytes, " +
+               (GENTRA_CHECKED != 0 ? "checked" : "unchecked") + std::string(1, '\0');
     };
     std::string const here =
         "but this is Gentra " + std::to_string(GENTRA_VERSION_MAJOR) + "." + std::to_string(GENTRA_VERSION_MINOR);

@@ -26,12 +26,12 @@ extern "C" void __sanitizer_cov_trace_pc() { // NOLINT(bugprone-reserved-identif
     ++steps;
 }
 // In place of the functions of these names.
-extern "C" void* __real_memmove(void* to, void const* from, std::size_t size); // NOLINT(bugprone-reserved-identifier)
+extern "C" void* __real_memmove(void* to, void const* from, std::size_t size);  // NOLINT(bugprone-reserved-identifier)
 extern "C" void* __wrap_memmove(void* to, void const* from, std::size_t size) { // NOLINT(bugprone-reserved-identifier)
     bytesMoved += size;
     return __real_memmove(to, from, size);
 }
-extern "C" void* __real_memcpy(void* to, void const* from, std::size_t size); // NOLINT(bugprone-reserved-identifier)
+extern "C" void* __real_memcpy(void* to, void const* from, std::size_t size);  // NOLINT(bugprone-reserved-identifier)
 extern "C" void* __wrap_memcpy(void* to, void const* from, std::size_t size) { // NOLINT(bugprone-reserved-identifier)
     bytesMoved += size;
     return __real_memcpy(to, from, size);
@@ -251,8 +251,7 @@ Row const rows[] = {
              pool.InitializeMemberPool();
          });
      }},
-    {"a small pool is cleared that was large once",
-     [](int n) {
+    {"a small pool is cleared that was large once", [](int n) {
          Pool pool;
          auto const selections = Util::RefCountPtr<MemberSelectionProperty>();
          auto const fill = [&](int count) {

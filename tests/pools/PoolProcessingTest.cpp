@@ -119,8 +119,8 @@ TEST_F(Processing, TriggersABehaviourUnlessItTakesTheTriggerForItself) {
     EXPECT_EQ(live->TakeCalls(), Calls{"trigger"}) << "of no pool";
 }
 
-/// Every way in which a pool runs host code inside itself; in each of them somebody tries to clear it, to have it built,
-/// and to let go of whoever runs.
+/// Every way in which a pool runs host code inside itself; in each of them somebody tries to clear it, to have it
+/// built, and to let go of whoever runs.
 TEST_F(Processing, KeepsItsShapeWhileItIsInUse) {
     struct Ticking : ValueProperty {
         void Update() override { work(); }
@@ -164,7 +164,7 @@ TEST_F(Processing, KeepsItsShapeWhileItIsInUse) {
         MainContext().ForceConstructAllMemberPools();
         EXPECT_EQ(pool.GetGeneration(), generation);
         EXPECT_EQ(pool.GetNumMembers(), members);
-        pool.Clear(); // a list may change
+        pool.Clear();                 // a list may change
         for (int i = 0; i < 3; ++i) { // the last holders but the pool let go
             behaviour = RefCountPtr<Checking>(new Checking);
             ticking = RefCountPtr<Ticking>(new Ticking);
@@ -314,7 +314,8 @@ TEST_F(Processing, KeepsBehavioursAwayFromMembersThatTheyDoNotFit) {
     std::string const start = "Error :: PoolProcessing :: The Behaviour \"";
     std::string const rest =
         "\" can not be used for the Pool \"Pool\", because its Member Properties do not fit the Members";
-    EXPECT_EQ(log.Take(), (Messages{start + "Far" + rest, start + "Pointing" + rest, start + "Astray" + rest})) << "once";
+    EXPECT_EQ(log.Take(), (Messages{start + "Far" + rest, start + "Pointing" + rest, start + "Astray" + rest}))
+        << "once";
 }
 
 /// A behaviour may work on the members of another pool: it sets `member`, and what it reads is in the record of that.
@@ -377,8 +378,9 @@ TEST_F(Processing, ReportsAccessesToMembersOfOtherPools) {
         wrong.UseMemberValue(1) = 6;
     }
     EXPECT_EQ(Datum::Read<float>(wrong.member.record), 6) << "within it, as in other builds";
-    std::string const start = "Error :: PoolProcessing :: The Behaviour \"Wrong\" uses a Member that is not of the Pool of "
-                              "its Parameter \"";
+    std::string const start =
+        "Error :: PoolProcessing :: The Behaviour \"Wrong\" uses a Member that is not of the Pool of "
+        "its Parameter \"";
     EXPECT_EQ(log.Take(), (Messages{start + "far slot\"", start + "near slot\""}));
     wrong.member = Member::NIL;
     EXPECT_EQ(wrong.UseMemberValue(0), 0);

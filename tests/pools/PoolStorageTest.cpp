@@ -336,7 +336,8 @@ TEST(Pools, EndWholeThoughListenersThrow) {
         Listener const ofPools(MemberPool::EVENT_DELETED, [](Util::Event const&) { throw 2; });
         pool.reset();
     }
-    EXPECT_EQ(log.Take(), Messages{"Error :: MemberPool :: An exception was thrown while the Pool \"Ending\" was destroyed"});
+    EXPECT_EQ(log.Take(),
+              Messages{"Error :: MemberPool :: An exception was thrown while the Pool \"Ending\" was destroyed"});
     EXPECT_EQ(MainContext().GetMemberPoolFromID(id), nullptr);
     EXPECT_TRUE(MainContext().GetPropertyByID(property->GetPropertyID()) == Property::NIL);
     EXPECT_EQ(property->GetOwnerPool(), nullptr);

@@ -337,8 +337,8 @@ public:
         }
     }
 
-    /// Whether all member data are linked, as they were compiled, to what is there: this pool's, or in a slot that is read
-    /// by value the active member's of another pool. A behaviour that takes no care reads anything.
+    /// Whether all member data are linked, as they were compiled, to what is there: this pool's, or in a slot that is
+    /// read by value the active member's of another pool. A behaviour that takes no care reads anything.
     static bool MayWork(WorldBehaviour const& behaviour, PoolState const& pool) {
         for (std::size_t i = 0; i < SlotsOf(behaviour.kind).size(); ++i) {
             WorldBehaviour::Slot const& slot = behaviour.slots[i];
@@ -363,7 +363,8 @@ public:
         return isForeign ? slot.link->pool->list.active : current;
     }
 
-    /// What the first slot ought to read: of `member` or, where it was compiled in no pool, of its pool's active member.
+    /// What the first slot ought to read: of `member` or, where it was compiled in no pool, of its pool's active
+    /// member.
     static Floats Expected(WorldBehaviour const& behaviour) {
         WorldBehaviour::Slot const& slot = behaviour.slots[0];
         PropertyState const& link = *slot.link;
@@ -1519,14 +1520,14 @@ private:
     };
     /// The pass that runs, if any, and how far it is.
     struct Pass {
-        bool again = false;           ///< All pools instead of those that wait.
-        bool constructing = true;     ///< Else the pool-construction behaviours run.
-        std::size_t waiting = 0;      ///< How many of those that wait were taken.
-        std::optional<int> lastID;    ///< Of the pool that was taken last.
+        bool again = false;              ///< All pools instead of those that wait.
+        bool constructing = true;        ///< Else the pool-construction behaviours run.
+        std::size_t waiting = 0;         ///< How many of those that wait were taken.
+        std::optional<int> lastID;       ///< Of the pool that was taken last.
         std::map<int, PoolState*> known; ///< By the ID that they had when the step began.
         std::set<PoolState*> joined;     ///< Created meanwhile.
-        PoolState* current = nullptr; ///< Whose pool-construction behaviours run,
-        std::size_t behaviour = 0;    ///< and how many of them were taken.
+        PoolState* current = nullptr;    ///< Whose pool-construction behaviours run,
+        std::size_t behaviour = 0;       ///< and how many of them were taken.
     };
 
     Choices& choices;

@@ -66,9 +66,9 @@ public:
     virtual void CheckForUpdate();
 
     /// Runs the behaviour over `members`. The default makes each in turn `current` and calls
-    /// TriggerLiveBehaviour(); afterwards `current` holds the last one. Each member is read from the vector when its turn
-    /// comes. The walk ends at the length that the vector had at first, or at its end where it has become shorter. A
-    /// behaviour that is not ready does nothing.
+    /// TriggerLiveBehaviour(); afterwards `current` holds the last one. Each member is read from the vector when its
+    /// turn comes. The walk ends at the length that the vector had at first, or at its end where it has become shorter.
+    /// A behaviour that is not ready does nothing.
     ///
     /// The pool passes its active member as `current`. The default does not set `member`: a derived behaviour
     /// that uses the accessors sets it to the member in work.
@@ -184,10 +184,10 @@ public:
     /// aligned when all sizes in the record are multiples of 4, and lasts until members are deleted
     /// or the pool is cleared.
     ///
-    /// The index is checked where assertions are. In a checked build (see GENTRA_CHECKED) a member that is not one of the
-    /// linked property's pool is reported once: "Error :: PoolProcessing :: The Behaviour \"%s\" uses a Member that is not
-    /// of the Pool of its Parameter \"%s\"". It is read and written all the same where its record reaches so far;
-    /// otherwise reading gives zeros and what is written is lost. Nothing of this is checked elsewhere.
+    /// The index is checked where assertions are. In a checked build (see GENTRA_CHECKED) a member that is not one of
+    /// the linked property's pool is reported once: "Error :: PoolProcessing :: The Behaviour \"%s\" uses a Member that
+    /// is not of the Pool of its Parameter \"%s\"". It is read and written all the same where its record reaches so
+    /// far; otherwise reading gives zeros and what is written is lost. Nothing of this is checked elsewhere.
     [[nodiscard]] float& UseMemberValue(int index) { return DatumReference<float>(index); }
     [[nodiscard]] Math::Vec3& UseMemberVec3(int index) { return DatumReference<Math::Vec3>(index); }
     /// @}
@@ -202,9 +202,9 @@ public:
     /// The value field of the linked property itself.
     [[nodiscard]] float& UsePoolValue(int index) { return LinkedProperty(index).value; }
 
-    /// A "Flexible" operation works on what the parameter was linked to: member data of `member` (which is set to a member
-    /// of the linked property's pool), the constant of a pool property, or the property itself when that is in no pool.
-    /// Where there is no datum, reading gives zeros and writing is ignored.
+    /// A "Flexible" operation works on what the parameter was linked to: member data of `member` (which is set to a
+    /// member of the linked property's pool), the constant of a pool property, or the property itself when that is in
+    /// no pool. Where there is no datum, reading gives zeros and writing is ignored.
     [[nodiscard]] float ReadFlexibleValue(int index) const {
         Basic_Parameter const& parameter = FastParam(index);
         if (parameter.owner == MEMBER) {
@@ -290,8 +290,8 @@ public:
     /// The property of that name of the selection's base pool, which keeps it alive; null when either is
     /// missing.
     [[nodiscard]] static Property* GetPropertyByName(Util::String const& propertyName, MemberSelection& selection);
-    /// The same for the base pool of the member-selection property of the fast parameter at `index`; null when that is none
-    /// or has gone.
+    /// The same for the base pool of the member-selection property of the fast parameter at `index`; null when that is
+    /// none or has gone.
     [[nodiscard]] Property* GetPropertyByName(Util::String const& propertyName, unsigned int index) const;
     /// The organizer of the selection in the behaviour's context, see SpatialRelations::GetSpatialOrganizer.
     [[nodiscard]] SpatialOrganizer& GetSpatialOrganizer(MemberSelection& selection) const;
@@ -385,7 +385,9 @@ private:
     /// An empty selection without a pool, for data that points at none.
     [[nodiscard]] static MemberSelection& NoSelection();
 
-    [[nodiscard]] PerformanceStatistics& PerformanceStats() noexcept { return performanceStats; }
+    [[nodiscard]] PerformanceStatistics& PerformanceStats() noexcept {
+        return performanceStats;
+    }
 
     /// Another reference to this behaviour, for as long as it runs. NIL for one that no pool has ever taken.
     [[nodiscard]] Util::RefCountPtr<Behaviour> Hold();

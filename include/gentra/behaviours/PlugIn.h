@@ -21,9 +21,9 @@ namespace Gentra {
 ///     GENTRA_PLUG_IN(RegisterFactories)
 ///
 /// This leaves a stamp in the file: a text with the version of Gentra that the plug-in was built with, the size of a
-/// pointer, and whether accesses are checked (GENTRA_CHECKED). A host reads the file, asks WhyRefused(), and only then lets the system open it and calls the function
-/// named ENTRY_POINT. Opening comes last because it already runs the constructors of the plug-in's static objects, and
-/// may load the other version of Gentra beside this one.
+/// pointer, and whether accesses are checked (GENTRA_CHECKED). A host reads the file, asks WhyRefused(), and only then
+/// lets the system open it and calls the function named ENTRY_POINT. Opening comes last because it already runs the
+/// constructors of the plug-in's static objects, and may load the other version of Gentra beside this one.
 ///
 /// Host and plug-in share one Gentra, so both are linked to the shared library. A plug-in stays open for good: the
 /// library keeps its factories, and behaviours are code.

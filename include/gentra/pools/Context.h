@@ -35,9 +35,9 @@ class Property;
 /// context a pool was given. The main context (ContextManager::GetMainContext) serves the library itself.
 ///
 /// One pass at a time runs in the whole process: one that is started from inside another does nothing. Pools may be
-/// created and destroyed by the listeners and behaviours that a pass calls. A pool that is in use (MemberPool) is neither
-/// built nor given its pool-construction behaviours: "Error :: Context :: The Pool \"%s\" can not be built while it is in
-/// use". If it waited it goes on waiting.
+/// created and destroyed by the listeners and behaviours that a pass calls. A pool that is in use (MemberPool) is
+/// neither built nor given its pool-construction behaviours: "Error :: Context :: The Pool \"%s\" can not be built
+/// while it is in use". If it waited it goes on waiting.
 class GENTRA_EXPORT Context {
 public:
     /// An empty registry that hears every pool and property event from now on. Ends the build guard: a pass
@@ -94,12 +94,12 @@ public:
     /// created meanwhile. Logs "Build \"%s\" Started...", "Initializing \"%s\"", "Constructing \"%s\"",
     /// "Compiling \"%s\"" and "Building \"%s\" completed" for each. In the end the pool-construction behaviours run.
     ///
-    /// A pool that one of these behaviours creates comes too late: it is not built, and waits no longer. The host has it
-    /// built by ForceReconstructAllMemberPools(), or fills it itself and calls MemberPool::CompileMemberPool().
+    /// A pool that one of these behaviours creates comes too late: it is not built, and waits no longer. The host has
+    /// it built by ForceReconstructAllMemberPools(), or fills it itself and calls MemberPool::CompileMemberPool().
     void ForceConstructAllMemberPools();
-    /// Clears and builds every pool once, ascending by the IDs that they have at the beginning, whatever becomes of these.
-    /// A pool that is created meanwhile is built only when its ID comes after that of the pool which is being built. None
-    /// waits any longer, built or not.
+    /// Clears and builds every pool once, ascending by the IDs that they have at the beginning, whatever becomes of
+    /// these. A pool that is created meanwhile is built only when its ID comes after that of the pool which is being
+    /// built. None waits any longer, built or not.
     void ForceReconstructAllMemberPools();
 
     // Services.

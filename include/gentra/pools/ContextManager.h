@@ -35,7 +35,8 @@ public:
     /// The names under which factories are registered.
     [[nodiscard]] static std::vector<Util::String> GetBehavioursByName();
     /// A new behaviour of the factory at that position of the list. Out of range: a new base Behaviour, which
-    /// is nameless and has no slots. It compiles like any other, and does nothing: compare its name with the one asked for.
+    /// is nameless and has no slots. It compiles like any other, and does nothing: compare its name with the one asked
+    /// for.
     [[nodiscard]] static Util::RefCountPtr<Behaviour> GetNewBehaviourFromIndex(int index);
     /// A new behaviour of the first factory whose present name is exactly `name`; else as above.
     [[nodiscard]] static Util::RefCountPtr<Behaviour> GetNewBehaviourFromName(Util::String const& name);

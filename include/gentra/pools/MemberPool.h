@@ -56,19 +56,19 @@ class PropertyTable;
 ///
 /// A pool is *in use* while it runs host code inside itself: behaviours in every way of running them, CheckForUpdate(),
 /// Property::Update(), the creation and deletion of instances, and the destructors of properties and behaviours that go
-/// when it is cleared. A pool in use keeps its shape: it is not cleared ("Error :: Construction :: The Pool \"%s\" can not
-/// be initialized while it is in use"), and a pass leaves it out. Members, lists, links and compiling are not affected. To
-/// destroy a pool in use is the one thing that a host must not do; a build with assertions stops there. Events run outside
-/// any use: a listener may destroy any pool, also the one that the event is about.
+/// when it is cleared. A pool in use keeps its shape: it is not cleared ("Error :: Construction :: The Pool \"%s\" can
+/// not be initialized while it is in use"), and a pass leaves it out. Members, lists, links and compiling are not
+/// affected. To destroy a pool in use is the one thing that a host must not do; a build with assertions stops there.
+/// Events run outside any use: a listener may destroy any pool, also the one that the event is about.
 ///
-/// While a pool is cleared nothing can be added: "Error :: Construction :: Nothing can be added to the Pool \"%s\" while it
-/// is cleared".
+/// While a pool is cleared nothing can be added: "Error :: Construction :: Nothing can be added to the Pool \"%s\"
+/// while it is cleared".
 ///
 /// Host code may throw. Whatever the pool was doing is then brought to an end or taken back, whichever leaves it sound,
-/// and the first exception is passed on: events reach the other listeners all the same, a clearing is carried out whole,
-/// a property that was announced is announced to have left, a member whose data could not be set up goes again, and a
-/// member's instances are all deleted. A destructor passes nothing on; it logs "Error :: MemberPool :: An exception was
-/// thrown while the Pool \"%s\" was destroyed".
+/// and the first exception is passed on: events reach the other listeners all the same, a clearing is carried out
+/// whole, a property that was announced is announced to have left, a member whose data could not be set up goes again,
+/// and a member's instances are all deleted. A destructor passes nothing on; it logs "Error :: MemberPool :: An
+/// exception was thrown while the Pool \"%s\" was destroyed".
 class GENTRA_EXPORT MemberPool : public MemberSelection {
 public:
     /// Root type of the pool events: register for it to hear all of them. The `subject` is the pool.
@@ -182,8 +182,8 @@ public:
     /// whose data are just being set up; from a construction behaviour on it may be deleted, and CreateNewMember() then
     /// returns Member::NIL.
     void DeleteMember(Member member);
-    /// Takes the members out of the pool's list (RemoveMembers()) and deletes them, in the given order. The time it takes
-    /// grows with the length of the list once, not with each member.
+    /// Takes the members out of the pool's list (RemoveMembers()) and deletes them, in the given order. The time it
+    /// takes grows with the length of the list once, not with each member.
     void RemoveAndDeleteMembers(std::vector<Member> const& members);
     /// Whether the member is one of this pool's, listed or not; any address may be asked for.
     [[nodiscard]] bool HasMember(Member member) const noexcept;
@@ -199,7 +199,8 @@ public:
     // Building, called by the context.
 
     /// Clears the pool of members, properties and behaviours and marks it uncompiled. Name, ID, timing and
-    /// the single-member update index stay. Refused while the pool is in use; nothing happens while it is being cleared.
+    /// the single-member update index stay. Refused while the pool is in use; nothing happens while it is being
+    /// cleared.
     void InitializeMemberPool();
     /// Compiles all behaviours and initialises the pool properties. Refused after a failed construction.
     void CompileMemberPool();
@@ -311,7 +312,8 @@ private:
     void TriggerPropertyEvent(Util::RefCountPtr<Property> property, char const* subName, int param1);
     /// Whether there is a datum of that type and size at that offset of a member record.
     [[nodiscard]] bool HasDatum(int offset, int size, PropertyType type) const noexcept;
-    /// The offset of the property's data, or -1 when it is not one of the pool's member properties or these are leaving.
+    /// The offset of the property's data, or -1 when it is not one of the pool's member properties or these are
+    /// leaving.
     [[nodiscard]] int OffsetOf(Property const& property) const noexcept;
 
     [[nodiscard]] bool CanLink(Util::RefCountPtr<Behaviour> const& behaviour) const;
@@ -351,7 +353,7 @@ private:
     Util::WeakSource<MemberPool> life{this};
     int identity;
     std::uint64_t generation;
-    bool announced = true;      ///< False for a copy, which no context knows.
+    bool announced = true; ///< False for a copy, which no context knows.
     bool clearing = false;
     int uses = 0;               ///< How many uses of the pool are going on, inside each other.
     Newborn* newborn = nullptr; ///< The innermost one.

@@ -154,8 +154,8 @@ public:
     /// Removes the first entry equal to `member`, if any. If it was the active one, the first member becomes
     /// active.
     void RemoveMember(Member member);
-    /// Removes every entry of each of the members, in one go. If the active one was among them, the first member becomes
-    /// active.
+    /// Removes every entry of each of the members, in one go. If the active one was among them, the first member
+    /// becomes active.
     void RemoveMembers(std::vector<Member> const& members);
     /// Removes and returns the last member; Member::NIL on an empty selection. If it was the active one, the
     /// first member becomes active.
@@ -216,9 +216,9 @@ private:
     Member Remove(Find const& find);
 
     Util::WeakPtr<MemberPool> basePool;
-    std::vector<Member> memberVector; ///< As of the last rebuild.
-    MemberListEnd* listEnd;             ///< Of `entries`; without one of a list that is always empty.
-    Member const* readUpTo = nullptr; ///< Where the end was at the last rebuild.
+    std::vector<Member> memberVector;    ///< As of the last rebuild.
+    MemberListEnd* listEnd;              ///< Of `entries`; without one of a list that is always empty.
+    Member const* readUpTo = nullptr;    ///< Where the end was at the last rebuild.
     std::unique_ptr<MemberList> entries; ///< Made for the first member.
     std::unique_ptr<Util::WeakSource<MemberSelection>> life; ///< Made when somebody watches.
     std::uint32_t recreationTimeStamp = 0;

@@ -103,8 +103,8 @@ protected:
     /// Whether a record layout counts on the size of the datum.
     [[nodiscard]] bool HasPlaceInRecords() const noexcept;
 
-    /// What takes back the objects that a property has created for members, or null when it creates none. A class sets it
-    /// when it constructs a property.
+    /// What takes back the objects that a property has created for members, or null when it creates none. A class sets
+    /// it when it constructs a property.
     void (*takeBackInstances)(Property& property) = nullptr;
 
 private:

@@ -76,12 +76,12 @@ protected:
     /// The pool of the members that were sorted, if they are still there; else null.
     [[nodiscard]] MemberPool* PoolOfSorted() const noexcept;
 
-    Context* context = nullptr;                   ///< Not owned.
-    Util::WeakPtr<MemberSelection> selection;     ///< Null again when the selection is destroyed.
+    Context* context = nullptr;                                   ///< Not owned.
+    Util::WeakPtr<MemberSelection> selection;                     ///< Null again when the selection is destroyed.
     Util::RefCountPtr<Property> positionProperty = Property::NIL; ///< Never a null pointer.
-    std::int32_t positionOffset = -1;             ///< In the member record, in bytes, as of the construction.
-    float refreshTimer = 0.0f;                    ///< Seconds since the last refresh, as Update() was told.
-    float rebuildTimer = 0.0f;                    ///< Seconds since the last rebuild.
+    std::int32_t positionOffset = -1; ///< In the member record, in bytes, as of the construction.
+    float refreshTimer = 0.0f;        ///< Seconds since the last refresh, as Update() was told.
+    float rebuildTimer = 0.0f;        ///< Seconds since the last rebuild.
 
 private:
     std::uint64_t sortedGeneration = 0; ///< Of the pool when its members were sorted; 0 for none.

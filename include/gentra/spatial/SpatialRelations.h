@@ -30,17 +30,17 @@ public:
     /// selection's base pool, and sorts the members. A selection that has taken the address of one that has
     /// gone gets one of its own.
     ///
-    /// The reference stays usable as long as the spatial relations. Call it again after each construct pass all the same:
-    /// when the pass has built the pool, the old organizer finds nobody, until after another pass it serves its selection
-    /// anew. One that was asked for before its pool got the property finds nobody until the next pass. Once its selection
-    /// has gone, an organizer may come to serve another one.
+    /// The reference stays usable as long as the spatial relations. Call it again after each construct pass all the
+    /// same: when the pass has built the pool, the old organizer finds nobody, until after another pass it serves its
+    /// selection anew. One that was asked for before its pool got the property finds nobody until the next pass. Once
+    /// its selection has gone, an organizer may come to serve another one.
     [[nodiscard]] SpatialOrganizer& GetSpatialOrganizer(MemberSelection& selection);
 
     /// Drops all organizers, so that they are made afresh for the layouts that a construct pass is about to
     /// change. The context calls it at the start of each pass.
     ///
-    /// Of those that were dropped by the pass before, the ones that cannot find anybody any more give back the memory of
-    /// their cells.
+    /// Of those that were dropped by the pass before, the ones that cannot find anybody any more give back the memory
+    /// of their cells.
     void Reset();
 
 private:

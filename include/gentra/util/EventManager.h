@@ -105,8 +105,8 @@ private:
     friend class EventListener;
     void ForgetRecord(EventListener* listener);
 
-    std::set<EventType, std::less<>> knownTypes; ///< Every type ever registered for; never shrinks.
-    ListenerMap listeners;                       ///< Types with at least one listener.
+    std::set<EventType, std::less<>> knownTypes;                     ///< Every type ever registered for; never shrinks.
+    ListenerMap listeners;                                           ///< Types with at least one listener.
     std::unordered_multimap<Place, std::uint64_t, PlaceHash> places; ///< The numbers of their registrations.
     std::uint64_t registrationsSoFar = 0;
     ListenerList* dispatchList = nullptr;   ///< The list in delivery, while `dispatching`.
