@@ -48,44 +48,45 @@ struct Statics {
     Util::EventType behaviourEventCreate{behaviourEvent, "Create", 0};
 };
 
-/// Storage for them, built and destroyed by hand.
+/// Storage for an object that is built and destroyed by hand.
+template<class T>
 union Storage {
     constexpr Storage() noexcept : none() {}
     constexpr ~Storage() {}
 
     char none;
-    Statics statics;
+    T object;
 };
 
-constinit Storage storage;
+constinit Storage<Statics> storage;
 constinit unsigned int keepers = 0;
 
 } // namespace
 
-constinit ContextManager::FactoryRegistry& ContextManager::factoryRegistry = storage.statics.factoryRegistry;
-constinit Util::EventType const& MemberPool::EVENT = storage.statics.poolEvent;
-constinit Util::EventType const& MemberPool::EVENT_CREATED = storage.statics.poolEventCreated;
-constinit Util::EventType const& MemberPool::EVENT_DELETED = storage.statics.poolEventDeleted;
-constinit Util::EventType const& MemberPool::EVENT_CONSTRUCT = storage.statics.poolEventConstruct;
-constinit Util::String const& Property::NO_NAME = storage.statics.noName;
+constinit ContextManager::FactoryRegistry& ContextManager::factoryRegistry = storage.object.factoryRegistry;
+constinit Util::EventType const& MemberPool::EVENT = storage.object.poolEvent;
+constinit Util::EventType const& MemberPool::EVENT_CREATED = storage.object.poolEventCreated;
+constinit Util::EventType const& MemberPool::EVENT_DELETED = storage.object.poolEventDeleted;
+constinit Util::EventType const& MemberPool::EVENT_CONSTRUCT = storage.object.poolEventConstruct;
+constinit Util::String const& Property::NO_NAME = storage.object.noName;
 constinit Util::RefCountPtr<MemberSelectionProperty> const& MemberSelectionProperty::NIL =
-    storage.statics.selectionPropertyNil;
-constinit Util::EventType const& Property::EVENT = storage.statics.propertyEvent;
-constinit Util::RefCountPtr<Property> const& Property::NIL = storage.statics.propertyNil;
-constinit Util::RefCountPtr<Behaviour> const& Behaviour::NIL = storage.statics.behaviourNil;
-constinit Util::EventType const& Behaviour::EVENT = storage.statics.behaviourEvent;
-constinit Util::EventType const& Behaviour::EVENT_CREATE = storage.statics.behaviourEventCreate;
+    storage.object.selectionPropertyNil;
+constinit Util::EventType const& Property::EVENT = storage.object.propertyEvent;
+constinit Util::RefCountPtr<Property> const& Property::NIL = storage.object.propertyNil;
+constinit Util::RefCountPtr<Behaviour> const& Behaviour::NIL = storage.object.behaviourNil;
+constinit Util::EventType const& Behaviour::EVENT = storage.object.behaviourEvent;
+constinit Util::EventType const& Behaviour::EVENT_CREATE = storage.object.behaviourEventCreate;
 constinit Math::Vec3 const Behaviour::NULLPOS;
 
 LoadTimeStatics::LoadTimeStatics() {
     if (keepers++ == 0) {
-        std::construct_at(&storage.statics);
+        std::construct_at(&storage.object);
     }
 }
 
 LoadTimeStatics::~LoadTimeStatics() {
     if (--keepers == 0) {
-        std::destroy_at(&storage.statics);
+        std::destroy_at(&storage.object);
     }
 }
 
