@@ -1,0 +1,247 @@
+// Gentra, copyright the Gentra authors.
+// SPDX-License-Identifier: MIT
+
+// What the host does at random.
+
+#include "WorldModel.h"
+
+#include <iostream>
+#include <utility>
+
+namespace Whole {
+
+Host::Host(Choices& newChoices, bool logToError)
+    : choices(newChoices), logsToError(logToError), functor(std::make_unique<Functor>()),
+      constructListener(MemberPool::EVENT_CONSTRUCT, [this](Util::Event const& event) { HandleConstruct(event); }) {
+    counter.countsPerSecond = 60;
+    poolListener = std::make_unique<PoolListener>(MemberPool::EVENT,
+                                                  [this](Util::Event const& event) { HandlePoolEvent(event); });
+}
+
+std::ostream& Host::Note(char const* what) {
+    std::ostream& log = logsToError ? std::cerr : operations;
+    return log << '\n' << std::string(2 * runs.size() + (pass ? 2 : 0), ' ') << what << ' ';
+}
+
+void Host::Step() {
+    struct Operation {
+        unsigned int weight;
+        void (Host::*perform)(PoolState&);
+    };
+    static constexpr Operation operationsOfHosts[] = {
+        {1, &Host::DestroyPool},   {1, &Host::Rename},          {1, &Host::ChangeID},
+        {1, &Host::Construct},     {1, &Host::Reconstruct},     {1, &Host::BuildContent},
+        {1, &Host::ChooseSingle},  {3, &Host::AddMembers},      {1, &Host::DeleteMember},
+        {3, &Host::ChangeValue},   {1, &Host::Select},          {3, &Host::ChangeSomeSelection},
+        {1, &Host::ChangeOwnList}, {2, &Host::ChangeReference}, {1, &Host::FollowPath},
+        {2, &Host::ApplyPassive},  {1, &Host::CopyBehaviour},   {15, &Host::RunFrame}};
+    PoolState* const pool = SomePool();
+    if (pool == nullptr || choices.OneIn(40)) {
+        CreatePool();
+        return;
+    }
+    unsigned int choice = choices.Below(40);
+    Operation const* operation = operationsOfHosts;
+    for (; choice >= operation->weight; ++operation) {
+        choice -= operation->weight;
+    }
+    (this->*operation->perform)(*pool);
+}
+
+void Host::Rename(PoolState& pool) {
+    pool.name = choices.OneOf(NAMES);
+    Note("rename") << pool.id << " to " << pool.name;
+    pool.pool->SetName(pool.name);
+}
+
+void Host::ChooseSingle(PoolState& pool) {
+    pool.single = static_cast<int>(choices.Below(12)) - 8;
+    Note("single member") << pool.id << ": " << pool.single;
+    pool.pool->SetSingleMemberUpdateIndex(pool.single);
+}
+
+void Host::AddMembers(PoolState& pool) {
+    for (unsigned int i = choices.Below(8); i > 0; --i) {
+        AddMember(pool);
+    }
+}
+
+void Host::Select(PoolState& pool) {
+    Note("select in") << pool.id;
+    selections.push_back(std::make_unique<SelectionState>(pool));
+}
+
+void Host::ChangeSomeSelection(PoolState& pool) {
+    if (selections.empty()) {
+        return ChangeOwnList(pool);
+    }
+    SelectionState& some = *choices.OneOf(selections);
+    ChangeSelection(some.selection, some.list, *some.pool);
+}
+
+// Members and selections.
+
+/// A new member's data.
+void Host::Born(PoolState& pool, Member member) {
+    auto const [entry, isNew] = pool.members.try_emplace(member.record);
+    if (!isNew) {
+        return; // another member-construction behaviour
+    }
+    pool.hasRecords = true;
+    for (PoolState::Place const& place : pool.memberTable) {
+        if (place.property->IsNumeric()) {
+            entry->second[place.offset] = place.property->value;
+        }
+    }
+    for (PoolState::Place const& place : pool.placesOnly) {
+        entry->second[place.offset] = {};
+    }
+}
+
+void Host::AddMember(PoolState& pool) {
+    if (pool.members.size() >= MOST_MEMBERS) {
+        return;
+    }
+    Note("add member to") << pool.id;
+    std::map<unsigned char*, std::map<int, Floats>> const before = pool.members;
+    std::deque<Run> const later = std::exchange(expectedRuns, {});
+    for (WorldBehaviour* const behaviour : pool.onMember) {
+        if (pool.recordSize > 0 && behaviour->ready) {
+            expectedRuns.push_back({behaviour, &pool, {}, true, true});
+        }
+    }
+    Member const active = pool.list.active;
+    pool.pool->AddNewMember();
+    RequireNoMoreRuns("a member-construction behaviour did not run");
+    expectedRuns = later;
+    pool.list.active = active;
+    std::vector<Member> const& all = pool.pool->GetAllMembers();
+    Require(all.size() == pool.list.list.size() + (pool.recordSize > 0 ? 1 : 0), "a new member");
+    if (pool.recordSize > 0) {
+        Born(pool, all.back());
+        Require(!before.contains(all.back().record), "a new member has a record of its own");
+        pool.list.list.push_back(all.back());
+        pool.list.outOfDate = true;
+    }
+}
+
+void Host::DeleteMember(PoolState& pool) {
+    if (pool.list.list.empty()) {
+        return;
+    }
+    Member const victim = AsVector(pool.list)[choices.Below(pool.list.list.size())];
+    Note("delete member from") << pool.id;
+    auto const remove = [&](MemberSelection& selection, Support::SelectionModel& model) {
+        while (std::find(model.list.begin(), model.list.end(), victim) != model.list.end()) {
+            model.Remove(victim);
+            selection.RemoveMember(victim);
+        }
+        if (model.active == victim) { // as the host had it
+            model.Activate(model.list.end());
+            selection.ClearActiveMember();
+        }
+    };
+    for (auto const& selection : selections) {
+        if (selection->pool == &pool) {
+            remove(selection->selection, selection->list);
+        }
+    }
+    remove(*pool.pool, pool.list);
+    pool.pool->DeleteMember(victim);
+    pool.members.erase(victim.record);
+    for (PoolState::Place const& place : pool.memberTable) {
+        Require(!functor->alive.contains(victim.record + place.offset), "an instance was not deleted");
+    }
+}
+
+void Host::ChangeSelection(MemberSelection& selection, Support::SelectionModel& list, PoolState& pool) {
+    // A member that no list holds could not be found again to be deleted, so the pool itself only reorders.
+    bool const isPool = &selection == pool.pool.get();
+    auto const edit = static_cast<Support::Edit>(choices.Below(isPool ? Support::ADD_MANY : Support::EDITS));
+    Note("selection operation") << edit << " in " << pool.id;
+    Member member;
+    if (!pool.members.empty()) {
+        auto entry = pool.members.begin();
+        std::advance(entry, choices.Below(pool.members.size()));
+        member = Member(entry->first);
+    }
+    auto const index = static_cast<int>(choices.Below(list.list.size() + 1));
+    bool const grows = edit >= Support::INSERT_AFTER && edit <= Support::ADD_MANY;
+    if (grows && (!member.IsValid() || list.list.size() >= MOST_MEMBERS)) {
+        return;
+    }
+    // Moving on, also from a removed member, makes the next one the pool's active member.
+    list.poolActive = pool.list.active;
+    Support::EditBoth(edit, selection, list, *pool.pool, member, index, choices.Below(4));
+    if (!isPool) {
+        pool.list.active = list.poolActive;
+    }
+}
+
+// References and paths.
+
+void Host::ChangeReference(PoolState& pool) {
+    if (references.size() < 4 && choices.OneIn(3)) {
+        Note("make a reference");
+        PropertyPtr const standIn = Support::Value("None");
+        references.push_back(std::make_unique<ReferenceState>(ReferenceState{{}, standIn, standIn.Get(), nullptr}));
+        references.back()->reference.SetDefaultProperty(standIn);
+        poolListener = std::make_unique<PoolListener>(MemberPool::EVENT,
+                                                      [this](Util::Event const& event) { HandlePoolEvent(event); });
+        return;
+    }
+    if (references.empty()) {
+        return;
+    }
+    ReferenceState& some = *choices.OneOf(references);
+    bool changed = false;
+    if (choices.OneIn(2)) {
+        Note("refer to pool") << pool.id;
+        changed = some.reference.GetOwnerPoolID() != pool.id;
+        some.reference.SetOwnerPoolID(pool.id);
+        if (changed && some.pool != &pool) {
+            some.pool = &pool;
+            some.target = some.standIn.Get();
+        }
+    } else {
+        std::string const name = choices.OneOf(NAMES);
+        Note("refer to property") << name;
+        changed = some.reference.GetPropertyName() != name;
+        some.reference.SetPropertyName(name);
+        some.target = changed ? some.standIn.Get() : some.target;
+    }
+    PropertyState* const found =
+        changed && some.pool != nullptr ? FindByName(*some.pool, some.reference.GetPropertyName()) : nullptr;
+    some.target = found != nullptr ? found->property.Get() : some.target;
+}
+
+/// A path must find the same after it was written and read.
+void Host::FollowPath(PoolState& root) {
+    if (properties.empty()) {
+        return;
+    }
+    Path path;
+    Note("follow a path from") << root.id;
+    path.SetRootMemberPool(*root.pool);
+    for (unsigned int levels = choices.Below(3); levels > 0; --levels) {
+        PropertyPtr const level = choices.OneOf(properties)->property;
+        if (level->GetPropertyType() == MEMBERSELECTION) {
+            path.AddRootingMemberSelectionBack(level.DynamicCast<MemberSelectionProperty>());
+        }
+    }
+    path.SetDestinationProperty(choices.OneOf(properties)->property);
+    std::stringstream text;
+    path.SaveToStream(text);
+    Path read;
+    read.LoadFromStream(text);
+    if (!waiting.empty()) {
+        BeginPass(false);
+    }
+    void const* const datum = path.GetDestinationPropertyDataNoIndices();
+    if (pass) {
+        EndPass();
+    }
+    Require(read.GetDestinationPropertyDataNoIndices() == datum, "a path that was read");
+}
+
+} // namespace Whole
