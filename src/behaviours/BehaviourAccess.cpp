@@ -12,6 +12,7 @@
 #include "gentra/properties/MemberSelectionProperty.h"
 #include "gentra/util/GlobalMessageManager.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace Gentra {
@@ -113,13 +114,19 @@ Property* Behaviour::GetPropertyByName(Util::String const& propertyName, MemberS
 }
 
 Property* Behaviour::GetPropertyByName(Util::String const& propertyName, unsigned int index) const {
-    // The fast parameter does not own its property, which may have gone since.
-    MemberSelectionProperty* const selections =
-        index < compiledSelections.size() ? compiledSelections[index].Get() : nullptr;
-    if (selections == nullptr || fastParams[index].property != selections) {
+    if (index >= compiledSelections.size()) {
         return nullptr;
     }
-    return FindInPool(selections->GetBasePool(), propertyName);
+    // The fast parameter does not own its property, which may have gone since: only one that is known to be there is
+    // asked.
+    Property const* const asked = fastParams[index].property;
+    MemberSelectionProperty* selections = compiledSelections[index];
+    if (asked != selections) {
+        auto const linked = std::find_if(linkedProperties.begin(), linkedProperties.end(),
+                                         [&](PropertyPtr const& link) { return link.Get() == asked; });
+        selections = linked != linkedProperties.end() ? dynamic_cast<MemberSelectionProperty*>(linked->Get()) : nullptr;
+    }
+    return selections != nullptr ? FindInPool(selections->GetBasePool(), propertyName) : nullptr;
 }
 
 SpatialOrganizer& Behaviour::GetSpatialOrganizer(MemberSelection& selection) const {

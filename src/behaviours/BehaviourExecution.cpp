@@ -73,7 +73,8 @@ void Behaviour::ProcessMembers(std::vector<Member>& members, Member& current) {
 }
 
 Util::RefCountPtr<Behaviour> Behaviour::Hold() {
-    return sharedCount != nullptr ? Util::RefCountPtr<Behaviour>(this, *sharedCount) : NIL;
+    bool const isHeld = sharedCount != nullptr && sharedCount->Count() > 0; // not by its own destructor
+    return isHeld ? Util::RefCountPtr<Behaviour>(this, *sharedCount) : NIL;
 }
 
 void Behaviour::Trigger() {

@@ -196,6 +196,9 @@ void Context::HandlePoolCreated(MemberPool& pool) {
             "Bug Report :: Context :: MemberPool \"%s\" tries to use an already existing ID", pool.GetName().c_str());
         return;
     }
+    if (!buildGuard && waitingPools.size() > 2 * waitingCount + 16) {
+        EndWaiting(false);
+    }
     waitingPools.push_back(pool.GetWeakPtr());
     ++waitingCount;
     poolsByID.insert_or_assign(pool.GetMemberPoolID(), Registration{pool.GetWeakPtr(), waitingPools.size() - 1});
@@ -231,9 +234,6 @@ void Context::Forget(std::map<Util::ShortID, Registration>::iterator entry) {
         agenda->joined.erase(entry->first);
     }
     poolsByID.erase(entry);
-    if (!buildGuard && waitingPools.size() > 2 * waitingCount + 16) {
-        EndWaiting(false);
-    }
 }
 
 void Context::HandlePropertyEntered(Util::RefCountPtr<Property> const& property) {
@@ -259,7 +259,8 @@ void Context::EndWaiting(bool isPassOver) {
     for (auto& entry : poolsByID) {
         Registration& registration = entry.second;
         MemberPool const* const pool = registration.pool;
-        if (registration.ticket != NOT_WAITING && pool != nullptr && (!isPassOver || pool->IsInUse())) {
+        if (registration.ticket != NOT_WAITING && pool != nullptr &&
+            (!isPassOver || pool->IsInUse() || pool->clearing)) {
             stillWaiting.push_back(&registration);
         } else {
             registration.ticket = NOT_WAITING;
@@ -306,6 +307,9 @@ void Context::ForEachPool(void (*action)(MemberPool& pool)) {
 }
 
 void Context::BuildMemberPool(MemberPool& pool) {
+    if (pool.clearing) {
+        return;
+    }
     if (pool.IsInUse()) {
         GlobalMessageManager::OutputMessage("Error :: Context :: The Pool \"%s\" can not be built while it is in use",
                                             pool.GetName().c_str());
@@ -330,7 +334,7 @@ void Context::BuildMemberPool(MemberPool& pool) {
 }
 
 void Context::ConstructMemberPool(MemberPool& pool) {
-    if (!pool.IsInUse()) { // else it was not built either, and said so
+    if (!pool.IsInUse() && !pool.clearing) { // else it was not built either
         pool.TriggerPoolConstructor();
     }
 }

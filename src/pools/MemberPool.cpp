@@ -41,15 +41,6 @@ int NextIdentity() {
     return static_cast<int>(identitiesGiven++);
 }
 
-/// Triggers an event that takes back another one whose delivery has thrown. A second exception changes nothing.
-template<class Trigger>
-void TriggerQuietly(Trigger const& trigger) noexcept {
-    try {
-        trigger();
-    } catch (...) { // NOLINT(bugprone-empty-catch): the first exception is on its way
-    }
-}
-
 void AppendNames(std::vector<PropertyPtr> const& properties, std::vector<Util::String>& out) {
     for (PropertyPtr const& property : properties) {
         out.push_back(property->GetName());
@@ -67,7 +58,8 @@ MemberPool::MemberPool(Context& newContext)
     try {
         GlobalEventManager::Trigger(Util::Event(EVENT_CREATED, 0, 0, this));
     } catch (...) {
-        TriggerQuietly([&] { GlobalEventManager::Trigger(Util::Event(EVENT_DELETED, 0, 0, this)); });
+        Util::FirstException ignored; // the other one is on its way
+        End(ignored);
         throw;
     }
 }
@@ -87,10 +79,7 @@ MemberPool::MemberPool(MemberPool const& other)
 MemberPool::~MemberPool() {
     assert(uses == 0 && "a pool is destroyed by a behaviour, a property or a functor that it is running");
     Util::FirstException exception;
-    Clearing(exception);
-    if (announced) {
-        exception.During([this] { GlobalEventManager::Trigger(Util::Event(EVENT_DELETED, 0, 0, this)); });
-    }
+    End(exception);
     if (exception.HasOccurred()) {
         GlobalMessageManager::OutputMessage(
             "Error :: MemberPool :: An exception was thrown while the Pool \"%s\" was destroyed", name.c_str());
@@ -126,8 +115,9 @@ void MemberPool::Enter(PropertyPtr const& property, Add const& add) {
             add();
         }
     } catch (...) {
+        Util::FirstException ignored; // the other one is on its way
         if (self.Get() != nullptr) {
-            TriggerQuietly([&] { TriggerPropertyEvent(property, "MemberPool", LEAVES); });
+            ignored.During([&] { TriggerPropertyEvent(property, "MemberPool", LEAVES); });
         }
         throw;
     }
@@ -373,6 +363,16 @@ void MemberPool::Clearing(Util::FirstException& exception) noexcept {
     clearing = false;
 }
 
+/// Clears the pool for good and tells of its end.
+void MemberPool::End(Util::FirstException& exception) noexcept {
+    Clearing(exception);
+    clearing = true;
+    if (announced) {
+        exception.During([this] { GlobalEventManager::Trigger(Util::Event(EVENT_DELETED, 0, 0, this)); });
+    }
+    Clear(); // whatever listeners have listed meanwhile
+}
+
 /// A copied pool shares its behaviours with the pool that owns them, and lets them be.
 void MemberPool::ClearBehaviours(BehaviourList& behaviours) noexcept {
     if (!announced) {
@@ -386,6 +386,9 @@ void MemberPool::ClearBehaviours(BehaviourList& behaviours) noexcept {
 }
 
 void MemberPool::CompileMemberPool() {
+    if (RefuseWhileClearing()) {
+        return;
+    }
     if (constructionFailed) {
         GlobalMessageManager::OutputMessage("Error :: MemberPoolCompilation :: due to errors during the construction "
                                             "phase the pool \"%s\" will not get compiled",

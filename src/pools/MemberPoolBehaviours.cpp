@@ -110,25 +110,24 @@ void MemberPool::AssimilateIntrinsicPropertiesOfBehaviour(BehaviourPtr const& li
     std::vector<Parameter*> parameters;
     std::vector<PropertyPtr> properties;
 
-    Util::WeakPtr<MemberPool> const self = GetWeakPtr();
     behaviour->GetUnlinkedIntrinsicPoolParams(parameters);
-    AddPropertiesFromIntrinsicParameters(parameters, properties);
-    if (self.Get() == nullptr) { // a listener has destroyed the pool
+    if (!AddPropertiesFromIntrinsicParameters(parameters, properties)) {
         return;
     }
     behaviour->LinkIntrinsicPropertiesToInterface(properties);
 
     behaviour->GetUnlinkedIntrinsicMemberParams(parameters);
-    AddPropertiesFromIntrinsicParameters(parameters, properties);
-    if (self.Get() != nullptr) {
+    if (AddPropertiesFromIntrinsicParameters(parameters, properties)) {
         behaviour->LinkIntrinsicPropertiesToInterface(properties);
     }
 }
 
-void MemberPool::AddPropertiesFromIntrinsicParameters(std::vector<Parameter*>& parameters,
+/// False when a listener has destroyed or cleared the pool meanwhile.
+bool MemberPool::AddPropertiesFromIntrinsicParameters(std::vector<Parameter*>& parameters,
                                                       std::vector<PropertyPtr>& properties) {
     properties.clear();
     Util::WeakPtr<MemberPool> const self = GetWeakPtr();
+    std::uint64_t const oldGeneration = generation;
     // Copies: a listener may make the behaviour drop its interface.
     std::vector<Parameter> wanted;
     wanted.reserve(parameters.size());
@@ -136,9 +135,6 @@ void MemberPool::AddPropertiesFromIntrinsicParameters(std::vector<Parameter*>& p
         wanted.push_back(*parameter);
     }
     for (Parameter const& parameter : wanted) {
-        if (self.Get() == nullptr) { // a listener has destroyed the pool
-            return;
-        }
         PropertyPtr const existing = FindSharedProperty(parameter);
         if (existing == Property::NIL) {
             properties.push_back(AddIntrinsicProperty(parameter));
@@ -150,9 +146,13 @@ void MemberPool::AddPropertiesFromIntrinsicParameters(std::vector<Parameter*>& p
                 "please use a different name for this Property",
                 existing->GetName().c_str());
             constructionFailed = true;
-            return;
+            return true;
+        }
+        if (self.Get() == nullptr || generation != oldGeneration) {
+            return false;
         }
     }
+    return true;
 }
 
 /// The property that a shared intrinsic parameter finds under its name, or Property::NIL.

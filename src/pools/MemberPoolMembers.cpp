@@ -149,9 +149,10 @@ void MemberPool::DeleteMember(Member member) {
 }
 
 void MemberPool::RemoveAndDeleteMembers(std::vector<Member> const& members) {
-    RemoveMembers(members);
+    std::vector<Member> const leaving = members; // the host's vector may change while its code runs
+    RemoveMembers(leaving);
     Util::FirstException exception;
-    for (Member const member : members) {
+    for (Member const member : leaving) {
         exception.During([&] { DeleteMember(member); });
     }
     exception.ThrowOn();

@@ -66,8 +66,9 @@ void MemberPool::UpdateTimeElapsed() {
 }
 
 void MemberPool::ApplyPassiveBehaviour(Util::RefCountPtr<Behaviour> const& behaviour) {
-    if (behaviour.Get() != nullptr) {
-        ApplyPassiveBehaviour(*behaviour);
+    Util::RefCountPtr<Behaviour> const held = behaviour;
+    if (held.Get() != nullptr) {
+        ApplyPassiveBehaviour(*held);
     }
 }
 
@@ -84,8 +85,9 @@ void MemberPool::ApplyPassiveBehaviour(Behaviour& behaviour) {
 }
 
 void MemberPool::ApplyPassiveBehaviourOnActiveMember(Util::RefCountPtr<Behaviour> const& behaviour) {
-    if (behaviour.Get() != nullptr) {
-        ApplyPassiveBehaviourOnActiveMember(*behaviour);
+    Util::RefCountPtr<Behaviour> const held = behaviour;
+    if (held.Get() != nullptr) {
+        ApplyPassiveBehaviourOnActiveMember(*held);
     }
 }
 
@@ -144,9 +146,7 @@ void MemberPool::TriggerPoolConstructor() {
     for (std::size_t i = 0; i < poolConstructionBehaviours.size(); ++i) {
         Util::RefCountPtr<Behaviour> const behaviour = poolConstructionBehaviours[i];
         std::vector<Member> members(1, ActiveMember());
-        // The behaviour itself decides whether it is ready. Without an active member it is given no record
-        // that could be too small for it.
-        if (!IsActiveMemberValid() || LayoutFits(*behaviour, true)) {
+        if (LayoutFits(*behaviour, true)) { // whether it is ready the behaviour itself decides
             RunSampled(*behaviour, members);
         }
     }

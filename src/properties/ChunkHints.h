@@ -14,7 +14,8 @@ namespace Gentra {
 
 /// Tells in which chunks of a list a member may be: a hash table of chunk numbers, each with some bits of the hash.
 ///
-/// Wherever a member is there is a hint. One that is out of date costs a look in vain, so none is taken back.
+/// Wherever a member is there is a hint, unless hints crowd the places where it belongs: most often those at a member
+/// that is listed very often. A hint that is out of date costs a look in vain, so none is taken back.
 class ChunkHints {
 public:
     [[nodiscard]] bool AreThere() const noexcept { return !table.empty(); }
@@ -25,14 +26,14 @@ public:
         room = count + count / 4;
     }
 
-    /// False when there is no room, or where hints at one member crowd the table.
+    /// False when there is no room.
     [[nodiscard]] bool Add(Member member, std::uint32_t chunk) noexcept {
         std::uint64_t const hash = Hash(member);
         std::uint32_t const hint = chunk << TAG_BITS | Tag(hash);
         std::size_t place = Home(hash);
         for (int tries = MOST_TRIES; table[place] != EMPTY; place = Behind(place)) {
             if (table[place] == hint || --tries == 0) {
-                return tries > 0;
+                return true;
             }
         }
         if (room == 0 || chunk >= MOST_CHUNKS) {
@@ -43,15 +44,20 @@ public:
         return true;
     }
 
-    /// Calls `look` with the number of each chunk in which the member may be.
+    /// Calls `look` with the number of each chunk in which the member may be. False when it may be in others too.
     template<class Look>
-    void ForEach(Member member, Look const& look) const {
+    [[nodiscard]] bool ForEach(Member member, Look const& look) const {
         std::uint64_t const hash = Hash(member);
-        for (std::size_t place = Home(hash); table[place] != EMPTY; place = Behind(place)) {
+        std::size_t place = Home(hash);
+        for (int tries = MOST_TRIES; table[place] != EMPTY; place = Behind(place)) {
             if ((table[place] & TAG_MASK) == Tag(hash)) {
                 look(table[place] >> TAG_BITS);
             }
+            if (--tries == 0) {
+                return false;
+            }
         }
+        return true;
     }
 
 private:
@@ -61,10 +67,13 @@ private:
     static constexpr std::uint32_t EMPTY = 0xFFFFFFFFu;
     static constexpr int MOST_TRIES = 1000;
 
-    /// Multiplicative hashing by the golden ratio. Its upper half, scaled to the table, is where a member's hints
-    /// begin.
+    /// The last step of the generator SplitMix64 (G. Steele et al., OOPSLA 2014): records lie at equal distances, which
+    /// a multiplication alone would leave in patterns. The upper half, scaled to the table, is where hints begin.
     [[nodiscard]] static std::uint64_t Hash(Member member) noexcept {
-        return static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(member.record)) * 0x9E3779B97F4A7C15u;
+        std::uint64_t hash = reinterpret_cast<std::uintptr_t>(member.record);
+        hash = (hash ^ hash >> 30) * 0xBF58476D1CE4E5B9u;
+        hash = (hash ^ hash >> 27) * 0x94D049BB133111EBu;
+        return hash ^ hash >> 31;
     }
     [[nodiscard]] static std::uint32_t Tag(std::uint64_t hash) noexcept {
         return static_cast<std::uint32_t>(hash >> 16) & TAG_MASK;

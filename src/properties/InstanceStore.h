@@ -53,12 +53,19 @@ public:
         reset(*instance);
     }
 
-    template<class Reset>
-    void GiveBackAll(Reset const& reset) {
+    /// Takes back all objects but those that `isKept` names: these stay as they are, for no datum.
+    template<class Reset, class IsKept>
+    void GiveBackAll(Reset const& reset, IsKept const& isKept) {
+        std::size_t kept = 0;
         for (std::size_t i = 0; i < used; ++i) {
-            reset(*instances[i]);
+            if (isKept(*instances[i])) {
+                instances[i].swap(instances[kept]);
+                ++kept;
+            } else {
+                reset(*instances[i]);
+            }
         }
-        used = 0;
+        used = kept;
         std::unordered_map<T const*, Use>().swap(uses); // emptied it would stay as large, and as slow to empty
     }
 

@@ -43,7 +43,7 @@ public:
     MemberList() = default;
     MemberList& operator=(MemberList const&) = delete;
     /// A copy is packed, whatever has become of the other one.
-    MemberList(MemberList const& other) {
+    MemberList(MemberList const& other) : MemberList() {
         for (Number chunk = other.firstChunk; chunk != NONE; chunk = other.chunks[chunk].next) {
             Member const* const members = other.chunks[chunk].members.get();
             Number const size = other.Size(chunk);
@@ -110,12 +110,12 @@ public:
         }
         Place found;
         bool isOnlyOne = true;
-        hints.ForEach(member, [&](Number chunk) {
+        bool const isCertain = hints.ForEach(member, [&](Number chunk) {
             Place const place = FindIn(chunk, member);
             isOnlyOne = isOnlyOne && (!place.IsValid() || !found.IsValid() || place == found);
             found = place.IsValid() ? place : found;
         });
-        return isOnlyOne ? found : Search(member);
+        return isCertain && isOnlyOne ? found : Search(member);
     }
 
     // Changes. The cursor stays at its entry.
@@ -150,13 +150,16 @@ public:
     /// The cursor must be valid.
     void InsertAtCursor(Member member, bool behind) {
         Closed const closed(*this);
-        if (IsFull(cursor.chunk)) {
-            Number const newChunk = MakeRoomBehind(cursor.chunk);
-            if (newChunk != cursor.chunk) {
-                Move(cursor.chunk, CHUNK_SIZE / 2, newChunk);
-            }
+        Number const chunk = cursor.chunk;
+        Number const roomy = IsFull(chunk) ? MakeRoomBehind(chunk) : chunk;
+        if (roomy != chunk) {
+            Move(chunk, CHUNK_SIZE / 2, roomy);
         }
         Put({cursor.chunk, cursor.offset + (behind ? 1 : 0)}, member);
+        if (roomy != chunk) { // each half may fit into its neighbour
+            MergeWithNext(roomy);
+            MergeWithNext(chunks[chunk].previous);
+        }
     }
 
     /// The caller moves the cursor when it was here.
@@ -170,12 +173,23 @@ public:
         --before;
         Count(place.chunk, static_cast<Number>(-1));
         cursor.offset -= cursor.chunk == place.chunk && cursor.offset > place.offset ? 1 : 0;
-        if (chunk.next != NONE && chunk.size + chunks[chunk.next].size <= CHUNK_SIZE) {
-            Merge(place.chunk, chunk.next);
-        } else if (chunk.previous != NONE && chunk.size + chunks[chunk.previous].size <= CHUNK_SIZE) {
-            Merge(chunk.previous, place.chunk);
+        if (!MergeWithNext(place.chunk)) {
+            MergeWithNext(chunk.previous);
         }
         return member;
+    }
+
+    /// Erases the entries whose members `goes` names. A cursor at one of them is nowhere then.
+    template<class Goes>
+    void EraseAll(Goes const& goes) {
+        Closed const closed(*this);
+        counts.clear();
+        for (Number chunk = firstChunk; chunk != NONE; chunk = chunks[chunk].next) {
+            EraseIn(chunk, goes);
+        }
+        for (Number chunk = firstChunk; chunk != NONE;) {
+            chunk = MergeWithNext(chunk) ? chunk : chunks[chunk].next;
+        }
     }
 
     /// Keeps the memory.
@@ -276,7 +290,7 @@ private:
     /// Gives a full chunk more room, or links an empty one behind it; returns which one has room now.
     Number MakeRoomBehind(Number chunk) {
         if (chunk != NONE && chunks[chunk].capacity < CHUNK_SIZE) {
-            auto larger = std::make_unique<Member[]>(chunks[chunk].capacity * 2);
+            auto larger = std::make_unique<Member[]>(std::size_t{2} * chunks[chunk].capacity);
             std::copy_n(chunks[chunk].members.get(), chunks[chunk].size, larger.get());
             chunks[chunk].members = std::move(larger);
             chunks[chunk].capacity *= 2;
@@ -325,9 +339,33 @@ private:
         chunks[to].size += count;
     }
 
-    void Merge(Number chunk, Number following) noexcept {
+    /// Merges the chunk, which may be none, with the next one if both fit into one.
+    bool MergeWithNext(Number chunk) noexcept {
+        Number const following = chunk != NONE ? chunks[chunk].next : NONE;
+        if (following == NONE || chunks[chunk].size + chunks[following].size > CHUNK_SIZE) {
+            return false;
+        }
         Move(following, 0, chunk);
         Unlink(following);
+        return true;
+    }
+
+    /// Leaves the chunk without those that go, which may be all; members are not counted meanwhile.
+    template<class Goes>
+    void EraseIn(Number chunk, Goes const& goes) {
+        Member* const members = chunks[chunk].members.get();
+        Place const oldCursor = cursor;
+        Number kept = 0;
+        for (Number i = 0; i < chunks[chunk].size; ++i) {
+            bool const stays = !goes(members[i]);
+            if (oldCursor == Place{chunk, i}) {
+                cursor = stays ? Place{chunk, kept} : Place();
+            }
+            members[kept] = members[i];
+            kept += stays ? 1 : 0;
+        }
+        before -= chunks[chunk].size - kept;
+        chunks[chunk].size = kept;
     }
 
     /// Takes an empty chunk, which is not the only one, out of the list and keeps it.

@@ -189,7 +189,10 @@ Member MemberSelection::ListNewMember(Take const& take) {
 void MemberSelection::AddNewMember() {
     MemberPool* const pool = basePool;
     Member const member = ListNewMember([&](Member newMember) {
-        AddMember(*pool, newMember);
+        if (basePool.Get() != pool) { // a construction behaviour has changed it
+            return false;
+        }
+        Append(newMember);
         return true;
     });
     if (member.IsValid() && this != pool) {
@@ -287,22 +290,18 @@ void MemberSelection::RemoveMembers(std::vector<Member> const& members) {
     constexpr auto byRecord = [](Member a, Member b) { return std::less<>()(a.record, b.record); };
     std::vector<Member> sorted = members;
     std::sort(sorted.begin(), sorted.end(), byRecord);
+    std::uint32_t const oldCount = Count();
+    bool const hadCursor = entries->cursor.IsValid();
     bool activeWent = false;
-    bool cursorWent = false;
-    // From behind: what follows an entry that goes may move, what comes before it does not.
-    for (MemberList::Place place = entries->Last(); place.IsValid();) {
-        MemberList::Place const previous = entries->Previous(place);
-        if (std::binary_search(sorted.begin(), sorted.end(), entries->At(place), byRecord)) {
-            cursorWent = cursorWent || entries->cursor == place;
-            entries->cursor = cursorWent ? MemberList::Place() : entries->cursor;
-            activeWent = entries->Erase(place) == activeMember || activeWent;
-            changed = true;
-        }
-        place = previous;
-    }
+    entries->EraseAll([&](Member member) {
+        bool const goes = std::binary_search(sorted.begin(), sorted.end(), member, byRecord);
+        activeWent = activeWent || (goes && member == activeMember);
+        return goes;
+    });
+    changed = changed || Count() < oldCount;
     if (activeWent) {
         ActivateFirstMember();
-    } else if (cursorWent) {
+    } else if (hadCursor && !entries->cursor.IsValid()) {
         entries->cursor = entries->First();
     }
 }

@@ -77,7 +77,9 @@ void MemberSelectionProperty::SetDataToMemberSelection(void* data, MemberSelecti
 
 /// A selection that was made for one datum and is stored in another as well must not be emptied with the first.
 void MemberSelectionProperty::Share(MemberSelection* selection, void const* datum) {
-    if (selection != nullptr && !instances->WasMadeFor(selection, datum)) {
+    bool const isItsOwn =
+        datum == &poolDatum ? selection == poolInstance.get() : instances->WasMadeFor(selection, datum);
+    if (selection != nullptr && !isItsOwn) {
         selection->shared = true;
     }
 }
@@ -113,6 +115,10 @@ void MemberSelectionProperty::OnInstanceCreation(unsigned char* datum) {
         return;
     }
     // Once per build of the pool: the same object serves each time, so that nobody's pointer dangles.
+    if (poolInstance != nullptr && poolInstance->shared) {
+        sharedPoolInstances.push_back(nullptr);
+        sharedPoolInstances.back().swap(poolInstance);
+    }
     if (poolInstance == nullptr) {
         poolInstance = std::make_unique<MemberSelection>(basePool);
     } else {
@@ -123,14 +129,15 @@ void MemberSelectionProperty::OnInstanceCreation(unsigned char* datum) {
 
 void MemberSelectionProperty::OnInstanceDeletion(unsigned char* datum) {
     MemberSelection* const selection = datum != nullptr ? Datum::Read<MemberSelection*>(datum) : nullptr;
-    if (instances->WasMadeFor(selection, datum) && !selection->shared) {
+    if (selection != nullptr && instances->WasMadeFor(selection, datum) && !selection->shared) {
         instances->GiveBack(selection, [](MemberSelection& each) { Renew(each, nullptr); });
     }
 }
 
 void MemberSelectionProperty::TakeBackInstances(Property& property) {
     static_cast<MemberSelectionProperty&>(property).instances->GiveBackAll(
-        [](MemberSelection& selection) { Renew(selection, nullptr); });
+        [](MemberSelection& selection) { Renew(selection, nullptr); },
+        [](MemberSelection const& selection) { return selection.shared; });
 }
 
 int MemberSelectionProperty::GetDataSize() const {

@@ -86,7 +86,8 @@ void TextProperty::OnInstanceDeletion(unsigned char* datum) {
 }
 
 void TextProperty::TakeBackInstances(Property& property) {
-    static_cast<TextProperty&>(property).instances->GiveBackAll([](Text& text) { text.clear(); });
+    static_cast<TextProperty&>(property).instances->GiveBackAll([](Text& text) { text.clear(); },
+                                                                [](Text const&) { return false; });
 }
 
 int TextProperty::GetDataSize() const {

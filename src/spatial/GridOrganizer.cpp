@@ -79,7 +79,7 @@ GridOrganizer::Point GridOrganizer::PositionAt(unsigned char const* position) no
             Datum::Read<float>(position + offsetof(Math::Vec3, z))};
 }
 
-/// A member that is none is nowhere.
+/// Not a number for Member::NIL, so that it is in no cell.
 GridOrganizer::Point GridOrganizer::PositionOf(Member member) const noexcept {
     constexpr float NOWHERE = std::numeric_limits<float>::quiet_NaN();
     return member.IsValid() ? PositionAt(member.record + positionOffset) : Point{NOWHERE, NOWHERE};

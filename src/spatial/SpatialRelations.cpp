@@ -8,6 +8,9 @@
 #include "gentra/properties/Property.h"
 #include "gentra/spatial/GridOrganizer.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace Gentra {
 
 SpatialRelations::SpatialRelations(Context& newContext) : context(&newContext) {}
@@ -50,12 +53,15 @@ SpatialOrganizer& SpatialRelations::GetSpatialOrganizer(MemberSelection& selecti
 void SpatialRelations::CollectIdle() {
     idle.reserve(idle.size() + 2 * organizers.size());
     for (auto entry = organizers.begin(); entry != organizers.end();) {
-        Organizers& own = entry->second;
-        if (own.current != nullptr && own.current->GetSelection() != nullptr) {
+        OrganizerPtr const both[] = {entry->second.current, entry->second.former};
+        bool const isAlive = std::any_of(std::begin(both), std::end(both), [](OrganizerPtr const& each) {
+            return each != nullptr && each->GetSelection() != nullptr;
+        });
+        if (isAlive) {
             ++entry;
             continue;
         }
-        for (OrganizerPtr const& each : {own.current, own.former}) {
+        for (OrganizerPtr const& each : both) {
             if (each != nullptr) {
                 each->ReleaseMemory();
                 idle.push_back(each);

@@ -207,6 +207,10 @@ TEST_F(Compiling, LooksPropertiesUpByName) {
     selections->SetBasePoolFromID();
     EXPECT_EQ(behaviour.GetPropertyByName("m", 0u), ofMembers.Get());
     EXPECT_EQ(behaviour.GetPropertyByName("m", 1u), nullptr) << "not a selection";
+    behaviour.fastParams[0].property = ofMembers.Get();
+    EXPECT_EQ(behaviour.GetPropertyByName("m", 0u), nullptr) << "the fast parameter decides";
+    behaviour.fastParams[1].property = behaviour.linkedProperties[0].Get();
+    EXPECT_EQ(behaviour.GetPropertyByName("m", 1u), ofMembers.Get());
     EXPECT_EQ(behaviour.GetPropertyByName("m", 16u), nullptr);
 }
 

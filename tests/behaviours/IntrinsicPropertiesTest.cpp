@@ -57,6 +57,26 @@ TEST_F(Linking, GivesUniqueIntrinsicsNamesOfTheirOwn) {
     EXPECT_TRUE(log.Take().empty());
 }
 
+TEST_F(Linking, EndsWhenAListenerClearsThePool) {
+    for (PropertyOwner const owner : {POOL, MEMBER}) {
+        TestPtr const behaviour = New();
+        for (char const* const name : {"first", "second"}) {
+            Declare(*behaviour, owner, VALUE, name, SHARED_INTRINSIC);
+        }
+        bool isFirst = true;
+        Listener const listener(Property::EVENT, [&](Util::Event const& event) {
+            if (event.param1 == 0 && std::exchange(isFirst, false)) {
+                pool.InitializeMemberPool();
+            }
+        });
+        pool.LinkActiveBehaviour(behaviour);
+        EXPECT_TRUE(pool.GetPropertyFromName("second") == Property::NIL);
+        for (PropertyPtr const& link : behaviour->linkedProperties) {
+            EXPECT_EQ(link->GetOwnerPool(), nullptr) << link->GetName();
+        }
+    }
+}
+
 TEST_F(Linking, MakesPoolPropertiesFirstUnderDefaultIds) {
     TestPtr const behaviour = New();
     behaviour->MemberVec3(0, "m", SHARED_INTRINSIC, {1, 2, 3});

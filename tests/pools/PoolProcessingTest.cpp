@@ -3,6 +3,7 @@
 
 #include "support/FakeCounter.h"
 #include "support/Host.h"
+#include "support/Validator.h"
 
 #include <algorithm>
 #include <functional>
@@ -236,10 +237,15 @@ TEST_F(Processing, LetsALiveTriggerRebuildThePoolOfItsBehaviour) {
         int survived = 0;
         struct Surviving : TestBehaviour {
             explicit Surviving(int& newSurvived) : survived(newSurvived) {}
-            ~Surviving() { --survived; }
+            ~Surviving() {
+                BehaviourProperty last("last");
+                last.SetBehaviour(this);
+                last.TriggerBehaviour(); // nobody can hold it any more
+                --survived;
+            }
             bool TriggerLiveBehaviour() override {
                 GetOwnerPool() != nullptr ? GetOwnerPool()->InitializeMemberPool() : clear();
-                ++survived; // not yet destroyed
+                ++survived;
                 return false;
             }
             int& survived;
@@ -255,7 +261,7 @@ TEST_F(Processing, LetsALiveTriggerRebuildThePoolOfItsBehaviour) {
         BehaviourProperty trigger("t");
         trigger.SetBehaviour(behaviour);
         trigger.TriggerBehaviour();
-        EXPECT_EQ(survived, 0) << "gone after its own call, not within";
+        EXPECT_EQ(survived, 1) << "two calls, and it goes once, not within the first one";
         EXPECT_TRUE(pool.GetAllBehaviours().empty());
     }
 }
@@ -437,6 +443,15 @@ TEST_F(Processing, SurvivesMeddlingConstructionBehaviours) {
     };
     EXPECT_FALSE(pool.CreateNewMember().IsValid());
     EXPECT_TRUE(second->calls.empty()) << "nobody works on a member that has gone";
+    MemberSelection selection(&pool);
+    meddling->work = [&](TestBehaviour&) {
+        selection = MemberSelection(&other);
+        return true;
+    };
+    selection.AddNewMember();
+    EXPECT_EQ(selection.GetNumMembers(), 0) << "it is no member of the other pool";
+    EXPECT_EQ(pool.GetNumMembers(), 6);
+    Validator::CheckPool(pool, std::nullopt);
 }
 
 TEST_F(Processing, SamplesEmptyRunsAndTellsThatThereIsNoClock) {

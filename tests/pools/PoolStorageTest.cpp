@@ -333,11 +333,20 @@ TEST(Pools, EndWholeThoughListenersThrow) {
     Util::ShortID const id = pool->GetMemberPoolID();
     {
         Listener const ofProperties(Property::EVENT, [](Util::Event const&) { throw 1; });
-        Listener const ofPools(MemberPool::EVENT_DELETED, [](Util::Event const&) { throw 2; });
+        Listener const ofPools(MemberPool::EVENT_DELETED, [&, ending = pool.get()](Util::Event const&) {
+            ending->AddPoolProperty(property);
+            ending->CompileMemberPool();
+            ending->ProcessMemberPool();
+            MainContext().ForceReconstructAllMemberPools();
+            throw 2;
+        });
         pool.reset();
     }
+    std::string const refused =
+        "Error :: Construction :: Nothing can be added to the Pool \"Ending\" while it is cleared";
     EXPECT_EQ(log.Take(),
-              Messages{"Error :: MemberPool :: An exception was thrown while the Pool \"Ending\" was destroyed"});
+              (Messages{refused, refused,
+                        "Error :: MemberPool :: An exception was thrown while the Pool \"Ending\" was destroyed"}));
     EXPECT_EQ(MainContext().GetMemberPoolFromID(id), nullptr);
     EXPECT_TRUE(MainContext().GetPropertyByID(property->GetPropertyID()) == Property::NIL);
     EXPECT_EQ(property->GetOwnerPool(), nullptr);

@@ -278,9 +278,36 @@ TEST(NewMembers, NeverShareASelectionThatAnotherMemberStillHas) {
             EXPECT_NE(selections->GetMemberSelection(pool, i), ofFirst);
         }
     }
-    unsigned int const stamp = ofFirst->GetLastRecreationTimeStamp();
+    MemberSelection* const notShared = selections->GetMemberSelection(pool, 0);
+    unsigned int const stamp = notShared->GetLastRecreationTimeStamp();
+    *ofFirst = MemberSelection(&pool);
+    ofFirst->AddMember(pool, pool.GetMemberByIndex(0));
     pool.InitializeMemberPool();
-    EXPECT_GT(ofFirst->GetLastRecreationTimeStamp(), stamp) << "nobody takes a renewed selection for the old one";
+    EXPECT_GT(notShared->GetLastRecreationTimeStamp(), stamp) << "nobody takes a renewed selection for the old one";
+    EXPECT_EQ(ofFirst->GetNumMembers(), 1) << "it was stored twice: somebody may refer to it still";
+}
+
+TEST(PoolData, AreANewSelectionForEachBuildThatOthersReferToTheFormerOneOf) {
+    Pool pool;
+    Pool other("Other");
+    RefCountPtr<MemberSelectionProperty> const selections(new MemberSelectionProperty("s"));
+    RefCountPtr<MemberSelectionProperty> const ofMembers(new MemberSelectionProperty("t"));
+    other.AddMemberProperty(ofMembers);
+    other.SetMemberCount(1);
+    for (bool const shared : {false, true}) {
+        pool.InitializeMemberPool();
+        pool.AddPoolProperty(selections);
+        pool.CompileMemberPool();
+        MemberSelection* const first = Datum::Read<MemberSelection*>(selections->GetPoolData());
+        if (shared) {
+            ofMembers->SetMemberSelection(first, other, 0);
+        }
+        *first = MemberSelection(&other);
+        first->AddMember(other, other.GetMemberByIndex(0));
+        pool.CompileMemberPool();
+        EXPECT_EQ(Datum::Read<MemberSelection*>(selections->GetPoolData()) == first, !shared);
+        EXPECT_EQ(first->GetNumMembers(), shared ? 1 : 0);
+    }
 }
 
 TEST(NewMembers, KeepTheirInstancesWhenAnotherPoolTookTheProperty) {
@@ -301,6 +328,13 @@ TEST(DeletedMembers, AreDeletedOnceThoughTheirInstanceDeletesThemAgain) {
     pool.AddMemberProperty(new FixedSizeDataProperty("f", 8, &functor));
     pool.DeleteMember(pool.CreateNewMember());
     EXPECT_EQ(functor.alive, 0);
+
+    pool.SetMemberCount(5);
+    auto going = std::make_unique<std::vector<Member>>(pool.GetAllMembers());
+    functor.meddle = [&](Member) { going.reset(); };
+    pool.RemoveAndDeleteMembers(*going);
+    EXPECT_EQ(functor.alive, 0) << "the host's vector goes with the first of them";
+    EXPECT_EQ(Validator::CountRecords(pool), 0);
 }
 
 TEST(NewMembers, GoAgainWhenTheHostsInstanceThrows) {

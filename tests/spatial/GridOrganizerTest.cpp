@@ -391,6 +391,13 @@ TEST(SpatialRelation, KeepsOneOrganizerASelectionUntilReset) {
         }
     }
     EXPECT_EQ(std::set(former.begin(), former.end()).size(), 2u) << "in turn, however many passes there are";
+
+    for (int i = 0; i < 50; ++i) { // the organizers of selections that have gone serve others
+        MemberSelection brief(half);
+        Crowd::Grid(brief);
+    }
+    EXPECT_EQ(gridOfHalf.GetSelection(), &half) << "not this one";
+    EXPECT_EQ(Near(gridOfHalf, {5, 0, 5}, 100).size(), 50u);
 }
 
 TEST(SpatialRelation, UsesTheOrganizersOfSelectionsThatHaveGone) {

@@ -70,6 +70,20 @@ struct SelectionModel {
             Erase(found);
         }
     }
+    void RemoveAll(std::vector<Member> const& members) {
+        auto const goes = [&](Member member) {
+            return std::find(members.begin(), members.end(), member) != members.end();
+        };
+        bool const cursorGoes = cursorValid && goes(*cursor);
+        bool const activeGoes = goes(active) && std::find(list.begin(), list.end(), active) != list.end();
+        outOfDate = list.remove_if(goes) > 0 || outOfDate;
+        if (activeGoes) {
+            First();
+        } else if (cursorGoes) {
+            cursor = list.begin();
+            cursorValid = !list.empty();
+        }
+    }
     Member RemoveActive() {
         if (!cursorValid) {
             return Member();
@@ -102,6 +116,7 @@ enum Edit : unsigned int {
     REMOVE_BY_INDEX,
     REMOVE_ACTIVE,
     REMOVE_ANY,
+    REMOVE_MANY,
     OVERWRITE_ACTIVE,
     EDITS
 };
@@ -147,6 +162,15 @@ inline void EditBoth(Edit edit, Gentra::MemberSelection& selection, SelectionMod
     case REMOVE:
         selection.RemoveMember(member);
         return model.Remove(member);
+    case REMOVE_MANY: { // every other one of some that follow each other, and one that may not be there
+        std::vector<Gentra::Member> members(1, member);
+        for (auto each = at; inRange && members.size() <= 2 * copies && each != model.list.end(); ++each) {
+            members.push_back(*each);
+            each = std::next(each) != model.list.end() ? std::next(each) : each;
+        }
+        selection.RemoveMembers(members);
+        return model.RemoveAll(members);
+    }
     case REMOVE_BY_INDEX:
         return expect(selection.RemoveMemberByIndex(index), inRange ? model.Erase(at) : Gentra::Member());
     case REMOVE_ACTIVE:

@@ -126,6 +126,7 @@ private:
             Require(size > 0 || list.firstChunk == list.lastChunk, "an empty chunk");
             if (previous != none) {
                 Require(list.chunks[chunk].capacity == MemberList::CHUNK_SIZE, "a small chunk");
+                Require(list.Size(previous) + size > MemberList::CHUNK_SIZE, "neighbours that fit into one chunk");
             }
             hasCursor = hasCursor || (chunk == list.cursor.chunk && list.cursor.offset < size);
             before += chunk != list.lastChunk ? size : 0;

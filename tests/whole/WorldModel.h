@@ -131,7 +131,8 @@ struct ReferenceState {
 
 inline constexpr std::size_t MOST_POOLS = 6;
 inline constexpr std::size_t MOST_MEMBERS = 60;
-inline constexpr char const* NAMES[] = {"A", "B", "Sum", "Position", "Own", "Count", "TimeElapsed", "C", "D", "E", "F", "G"};
+inline constexpr char const* NAMES[] = {"A",           "B", "Sum", "Position", "Own", "Count",
+                                        "TimeElapsed", "C", "D",   "E",        "F",   "G"};
 
 template<class T>
 std::size_t IndexOf(std::vector<T> const& list, T const& what) {

@@ -14,8 +14,8 @@ Host::Host(Choices& newChoices, bool logToError)
     : choices(newChoices), logsToError(logToError), functor(std::make_unique<Functor>()),
       constructListener(MemberPool::EVENT_CONSTRUCT, [this](Util::Event const& event) { HandleConstruct(event); }) {
     counter.countsPerSecond = 60;
-    poolListener = std::make_unique<PoolListener>(MemberPool::EVENT,
-                                                  [this](Util::Event const& event) { HandlePoolEvent(event); });
+    poolListener =
+        std::make_unique<PoolListener>(MemberPool::EVENT, [this](Util::Event const& event) { HandlePoolEvent(event); });
 }
 
 std::ostream& Host::Note(char const* what) {

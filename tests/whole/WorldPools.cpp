@@ -53,8 +53,7 @@ void Host::CreatePool() {
 
 void Host::DestroyPool(PoolState& pool) {
     Note("destroy") << pool.id;
-    auto const owner =
-        std::find_if(pools.begin(), pools.end(), [&](auto const& each) { return each.get() == &pool; });
+    auto const owner = std::find_if(pools.begin(), pools.end(), [&](auto const& each) { return each.get() == &pool; });
     std::unique_ptr<PoolState> const leaving = std::move(*owner);
     pools.erase(owner);
     if (pass) {
@@ -157,8 +156,7 @@ void Host::ClearState(PoolState& pool) {
         }
     }
     for (auto const& [record, data] : pool.members) {
-        functor->alive.erase(functor->alive.lower_bound(record),
-                             functor->alive.lower_bound(record + pool.recordSize));
+        functor->alive.erase(functor->alive.lower_bound(record), functor->alive.lower_bound(record + pool.recordSize));
     }
     pool.poolTable.clear();
     pool.poolOnly.clear();
@@ -217,8 +215,8 @@ void Host::KnowPools() {
 void Host::TakePoolOfPass(PoolState& pool) {
     ++pass->waiting;
     bool const isNew = pass->joined.erase(&pool) > 0;
-    auto const entry = std::find_if(pass->known.begin(), pass->known.end(),
-                                    [&](auto const& each) { return each.second == &pool; });
+    auto const entry =
+        std::find_if(pass->known.begin(), pass->known.end(), [&](auto const& each) { return each.second == &pool; });
     pass->lastID = isNew || entry == pass->known.end() ? pool.id : entry->first;
     if (entry != pass->known.end()) {
         pass->known.erase(entry);
@@ -241,7 +239,7 @@ WorldBehaviour* Host::NextOfPoolConstruction(PoolState*& pool) {
         pool = pass->current;
         while (pass->behaviour < pool->onPool.size()) {
             WorldBehaviour* const next = pool->onPool[pass->behaviour++];
-            if (!pool->list.active.IsValid() || Fits(*pool, *next, true)) {
+            if (Fits(*pool, *next, true)) {
                 return next;
             }
         }
@@ -364,8 +362,8 @@ void Host::AddProperty(PoolState& pool) {
     PropertyState& property = properties.empty() || !choices.OneIn(5) ? MakeProperty() : *choices.OneOf(properties);
     bool const amongMembers = !choices.OneIn(3);
     Note(amongMembers ? "add member property" : "add pool property") << property.name << " to " << pool.id;
-    PropertyPtr const existing = amongMembers ? pool.pool->AddMemberProperty(property.property)
-                                              : pool.pool->AddPoolProperty(property.property);
+    PropertyPtr const existing =
+        amongMembers ? pool.pool->AddMemberProperty(property.property) : pool.pool->AddPoolProperty(property.property);
     PropertyPtr expected = Property::NIL;
     if (amongMembers ? property.property->IsSharedIntrinsic() : property.property->IsIntrinsic()) {
         std::vector<PropertyState*> const table = amongMembers ? MemberProperties(pool) : pool.poolTable;
@@ -477,8 +475,7 @@ void Host::LinkVisible(WorldBehaviour& behaviour) {
         }
         bool const matches = link != nullptr && link->Type() == kinds[i].type;
         PropertyPtr const property = link != nullptr ? link->property : Property::NIL;
-        Require(behaviour.LinkPropertyToVisibleInterface(property, static_cast<int>(i)) == matches,
-                "a link by type");
+        Require(behaviour.LinkPropertyToVisibleInterface(property, static_cast<int>(i)) == matches, "a link by type");
         behaviour.slots[i].link = matches ? link : behaviour.slots[i].link;
     }
 }

@@ -37,7 +37,8 @@ class Property;
 /// One pass at a time runs in the whole process: one that is started from inside another does nothing. Pools may be
 /// created and destroyed by the listeners and behaviours that a pass calls. A pool that is in use (MemberPool) is
 /// neither built nor given its pool-construction behaviours: "Error :: Context :: The Pool \"%s\" can not be built
-/// while it is in use". If it waited it goes on waiting.
+/// while it is in use". If it waited it goes on waiting. The same holds, without a message, for one that is just being
+/// cleared.
 class GENTRA_EXPORT Context {
 public:
     /// An empty registry that hears every pool and property event from now on. Ends the build guard: a pass
@@ -99,7 +100,7 @@ public:
     void ForceConstructAllMemberPools();
     /// Clears and builds every pool once, ascending by the IDs that they have at the beginning, whatever becomes of
     /// these. A pool that is created meanwhile is built only when its ID comes after that of the pool which is being
-    /// built. None waits any longer, built or not.
+    /// built. Afterwards none waits any longer, built or not, but for those that were left out.
     void ForceReconstructAllMemberPools();
 
     // Services.

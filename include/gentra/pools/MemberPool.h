@@ -61,8 +61,8 @@ class PropertyTable;
 /// affected. To destroy a pool in use is the one thing that a host must not do; a build with assertions stops there.
 /// Events run outside any use: a listener may destroy any pool, also the one that the event is about.
 ///
-/// While a pool is cleared nothing can be added: "Error :: Construction :: Nothing can be added to the Pool \"%s\"
-/// while it is cleared".
+/// While a pool is cleared nothing can be added or compiled, and no pass builds it: "Error :: Construction :: Nothing
+/// can be added to the Pool \"%s\" while it is cleared". For a pool that is being destroyed that lasts to its end.
 ///
 /// Host code may throw. Whatever the pool was doing is then brought to an end or taken back, whichever leaves it sound,
 /// and the first exception is passed on: events reach the other listeners all the same, a clearing is carried out
@@ -251,9 +251,9 @@ public:
     void ApplyPassiveBehaviourOnActiveMember(Behaviour& behaviour);
     void ApplyPassiveBehaviourOnActiveMember(Util::RefCountPtr<Behaviour> const& behaviour);
     /// @}
-    /// The same on the members of a selection of this pool. Errors as above with "The Behaviour", and "...
-    /// The Behaviour belongs to the Pool \"%s\", but the MemberSelection it should be applied on does not use
-    /// that BasePool".
+    /// The same on the members of a selection of this pool, which must last until the run is over. Errors as above
+    /// with "The Behaviour", and "... The Behaviour belongs to the Pool \"%s\", but the MemberSelection it should be
+    /// applied on does not use that BasePool".
     void ApplyBehaviourOnMemberSelection(Util::RefCountPtr<Behaviour> const& behaviour, MemberSelection& selection);
 
 private:
@@ -285,11 +285,12 @@ private:
     };
 
     void Clearing(Util::FirstException& exception) noexcept;
+    void End(Util::FirstException& exception) noexcept;
     void ClearBehaviours(BehaviourList& behaviours) noexcept;
     void InitPoolProperties();
     void CreateData(unsigned char* record);
     void DeleteData(unsigned char* record, std::size_t count, Util::FirstException& exception) noexcept;
-    void Construct(Newborn& newborn);
+    void Construct(Newborn& created);
     [[nodiscard]] bool CanEnter(Util::RefCountPtr<Property> const& property) const;
     [[nodiscard]] bool AcceptsMemberProperty(Property& property) const;
     [[nodiscard]] bool RefuseWhileClearing() const {
@@ -321,14 +322,14 @@ private:
     void LinkConstructionBehaviour(Util::RefCountPtr<Behaviour> const& behaviour, BehaviourList& behaviours);
     static void Take(Util::RefCountPtr<Behaviour> const& behaviour, BehaviourList& behaviours);
     void AssimilateIntrinsicPropertiesOfBehaviour(Util::RefCountPtr<Behaviour> const& linked);
-    void AddPropertiesFromIntrinsicParameters(std::vector<Parameter*>& parameters,
-                                              std::vector<Util::RefCountPtr<Property>>& properties);
+    [[nodiscard]] bool AddPropertiesFromIntrinsicParameters(std::vector<Parameter*>& parameters,
+                                                            std::vector<Util::RefCountPtr<Property>>& properties);
     [[nodiscard]] Util::RefCountPtr<Property> FindSharedProperty(Parameter const& parameter) const;
     [[nodiscard]] Util::RefCountPtr<Property> AddIntrinsicProperty(Parameter const& parameter);
     [[nodiscard]] Parameter GetUniqueNameParam(Parameter parameter) const;
 
     void UpdateTimeElapsed();
-    void InitializeNewMembers(std::vector<Member>& newMembers, Newborn const& newborn);
+    void InitializeNewMembers(std::vector<Member>& newMembers, Newborn const& created);
     void TriggerPoolConstructor();
     [[nodiscard]] bool LayoutFits(Behaviour const& behaviour, bool isConstruction) const;
     [[nodiscard]] bool Prepare(Behaviour& behaviour, bool updateProperties, bool isConstruction = false);
@@ -353,8 +354,8 @@ private:
     Util::WeakSource<MemberPool> life{this};
     int identity;
     std::uint64_t generation;
-    bool announced = true; ///< False for a copy, which no context knows.
-    bool clearing = false;
+    bool announced = true;      ///< False for a copy, which no context knows.
+    bool clearing = false;      ///< Once the pool is being destroyed for good.
     int uses = 0;               ///< How many uses of the pool are going on, inside each other.
     Newborn* newborn = nullptr; ///< The innermost one.
 };

@@ -9,6 +9,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace Gentra {
 
@@ -19,8 +20,9 @@ class InstanceStore;
 ///
 /// The property owns the selections that it creates: one of its own, which the pool data points at first, and
 /// a fresh one for each new member. A member's selection is taken back (emptied, for a later member) when the
-/// member is deleted while its datum still holds it, and all of them when the property leaves its pool. Their
-/// memory lasts as long as the property, so a pointer to one never dangles while the property is held.
+/// member is deleted while its datum still holds it, and all of them when the property leaves its pool. One that was
+/// stored in another datum as well stays as it is. Their memory lasts as long as the property, so a pointer to one
+/// never dangles while the property is held.
 class GENTRA_EXPORT MemberSelectionProperty : public Property {
 public:
     /// A default property, for answers that find none; compare by pointer.
@@ -88,7 +90,8 @@ private:
     MemberSelection* poolDatum = nullptr; ///< One of the two below, or one that the host gave.
     std::unique_ptr<MemberSelection> ownSelection;
     std::unique_ptr<MemberSelection> poolInstance; ///< Created when the pool that owns the property is compiled.
-    std::unique_ptr<InstanceStore<MemberSelection>> instances; ///< Those of the members.
+    std::vector<std::unique_ptr<MemberSelection>> sharedPoolInstances; ///< Former ones that others refer to.
+    std::unique_ptr<InstanceStore<MemberSelection>> instances;         ///< Those of the members.
     Util::ShortID basePoolID;
     std::unique_ptr<Util::WeakSource<MemberSelectionProperty>> life; ///< Made when somebody watches.
 };
