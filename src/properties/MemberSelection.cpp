@@ -155,7 +155,6 @@ void MemberSelection::AddMembers(MemberPool& pool, std::vector<Member> const& me
 void MemberSelection::AppendRange(Member const* first, std::size_t count) {
     if (count > 0) {
         List().AppendRange(first, count);
-        changed = true;
     }
 }
 

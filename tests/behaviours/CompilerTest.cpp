@@ -207,6 +207,7 @@ TEST_F(Compiling, LooksPropertiesUpByName) {
     selections->SetBasePoolFromID();
     EXPECT_EQ(behaviour.GetPropertyByName("m", 0u), ofMembers.Get());
     EXPECT_EQ(behaviour.GetPropertyByName("m", 1u), nullptr) << "not a selection";
+    EXPECT_EQ(TestBehaviour(behaviour).GetPropertyByName("m", 0u), ofMembers.Get());
     behaviour.fastParams[0].property = ofMembers.Get();
     EXPECT_EQ(behaviour.GetPropertyByName("m", 0u), nullptr) << "the fast parameter decides";
     behaviour.fastParams[1].property = behaviour.linkedProperties[0].Get();

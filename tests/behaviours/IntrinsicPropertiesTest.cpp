@@ -43,7 +43,7 @@ TEST_F(Linking, GivesUniqueIntrinsicsNamesOfTheirOwn) {
     for (char const* const name : {"own_x", "own_01", "own_4294967296", "owner"}) {
         pool.AddPoolProperty(Value(name));
     }
-    for (char const* const name : {"own", "own_1", "own_2", "own_4"}) {
+    for (char const* const name : {"own", "own_1", "own_2", "own_5"}) {
         TestPtr const behaviour = New();
         behaviour->FlexibleValue(0, "before");
         behaviour->MemberValue(0, "own", UNIQUE_INTRINSIC, 0);
@@ -52,6 +52,7 @@ TEST_F(Linking, GivesUniqueIntrinsicsNamesOfTheirOwn) {
         EXPECT_EQ(behaviour->linkedProperties[1]->GetLinkIndex(), 1);
         if (name == Util::String("own_2")) {
             pool.AddPoolProperty(Value("own_4294967295"));
+            pool.AddPoolProperty(Value("own_0"));
         }
     }
     EXPECT_TRUE(log.Take().empty());

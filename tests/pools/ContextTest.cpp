@@ -3,6 +3,7 @@
 
 #include "support/Host.h"
 
+#include <memory>
 #include <optional>
 
 namespace {
@@ -122,6 +123,20 @@ TEST(Contexts, StackActiveSelections) {
         EXPECT_EQ(context.GetActiveMemberSelection(), left < 0 ? nullptr : &selections[left]);
         context.DeactivateMemberSelection(selections[3]);
     }
+}
+
+TEST(Passes, BuildThoseWhoWaitThoughManyHaveGone) {
+    MessageLog const log;
+    Pool first("First");
+    std::vector<std::unique_ptr<Pool>> brief(100);
+    for (auto& pool : brief) {
+        pool = std::make_unique<Pool>("Brief");
+    }
+    brief.clear();
+    Pool last("Last");
+    Constructor const constructor([](MemberPool&) { GlobalMessageManager::OutputMessage("event"); });
+    MainContext().ForceConstructAllMemberPools();
+    EXPECT_EQ(log.Take(), Messages() + std::pair("First", 6) + std::pair("Last", 6));
 }
 
 TEST(Passes, ReportTheirStepsAndEndWhenAListenerThrows) {

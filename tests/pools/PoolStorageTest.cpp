@@ -419,9 +419,12 @@ TEST(Copies, AreDetachedTwins) {
         selection.AddMember(copy, copy.GetMemberByIndex(39));
         EXPECT_EQ(Datum::Read<float>(copy.GetDataFromMember(39, 1)), 4.0f);
         EXPECT_EQ(copy.GetDataFromMemberSelectionMember(selection, 0, 1), copy.GetDataFromMember(39, 1));
-        for (auto const& [member, property] : {std::pair(-1, 0), {40, 0}, {0, -1}, {0, 2}}) {
+        for (auto const& [member, property] : {std::pair(-1, 1), {40, 1}, {0, -1}, {0, 2}}) {
             EXPECT_EQ(copy.GetDataFromMember(member, property), nullptr);
         }
+        MemberSelection ofOriginal(&pool);
+        ofOriginal.AddMember(pool, pool.GetMemberByIndex(0));
+        EXPECT_EQ(copy.GetDataFromMemberSelectionMember(ofOriginal, 0, 0), nullptr);
         EXPECT_TRUE(copy.SetNewMemberPoolID(123));
         EXPECT_EQ(MainContext().GetMemberPoolFromID(123), nullptr);
         EXPECT_TRUE(copy.SetNewMemberPoolID(static_cast<int>(id) - 1) && copy < pool);

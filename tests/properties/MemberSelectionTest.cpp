@@ -164,6 +164,12 @@ void CompareRandomOperations(unsigned int seed, std::size_t variety, unsigned in
             model.Rebuild();
             ASSERT_EQ(selection.GetMemberByIndex(index), inRange ? *std::next(model.list.begin(), index) : Member());
             ASSERT_TRUE(selection.IsTimeStampUpToDate(model.stamp));
+            if (selection.InsertMemberAfterActiveMember(selection.ActiveMember())) {
+                ASSERT_FALSE(selection.IsTimeStampUpToDate(model.stamp)) << "nobody has read the change yet";
+                model.list.insert(std::next(model.cursor), model.active);
+                ++model.stamp;
+                model.vector.assign(model.list.begin(), model.list.end());
+            }
             break;
         case EDITS + 2:
             selection = MemberSelection(std::as_const(selection));

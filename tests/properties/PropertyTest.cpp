@@ -96,6 +96,17 @@ TEST(Properties, KeepTheirPoolDataAndCopyThem) {
     vector.SetPoolData(&position);
     EXPECT_EQ(vector.GetVector().z, 3.0f);
 
+    TestBehaviour target;
+    Behaviour* pointer = &target;
+    BehaviourProperty trigger;
+    trigger.SetPoolData(&pointer);
+    EXPECT_EQ(Datum::Read<Behaviour*>(trigger.GetPoolData()), pointer);
+    DataReferenceProperty reference;
+    reference.SetPoolData(&pointer);
+    EXPECT_EQ(Datum::Read<void*>(reference.GetPoolData()), pointer);
+    reference.Init("again", nullptr);
+    EXPECT_EQ(Datum::Read<void*>(reference.GetPoolData()), nullptr);
+
     FixedSizeDataProperty block(16, nullptr);
     EXPECT_EQ(block.GetPoolData(), nullptr);
     std::array<unsigned char, 16> bytes{1, 2, 3};
