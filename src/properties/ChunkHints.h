@@ -70,7 +70,8 @@ private:
     /// The last step of the generator SplitMix64 (G. Steele et al., OOPSLA 2014): records lie at equal distances, which
     /// a multiplication alone would leave in patterns. The upper half, scaled to the table, is where hints begin.
     [[nodiscard]] static std::uint64_t Hash(Member member) noexcept {
-        std::uint64_t hash = reinterpret_cast<std::uintptr_t>(member.record);
+        auto const address = reinterpret_cast<std::uintptr_t>(member.record);
+        std::uint64_t hash = address;
         hash = (hash ^ hash >> 30) * 0xBF58476D1CE4E5B9u;
         hash = (hash ^ hash >> 27) * 0x94D049BB133111EBu;
         return hash ^ hash >> 31;
