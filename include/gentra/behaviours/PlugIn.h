@@ -57,6 +57,7 @@ public:
     "Gentra plug-in: version " GENTRA_PLUG_IN_TEXT(major) "." GENTRA_PLUG_IN_TEXT(                                     \
         minor) ", pointers of " GENTRA_PLUG_IN_TEXT(pointerSize) " bytes" GENTRA_PLUG_IN_CHECKED
 #define GENTRA_PLUG_IN_TEXT(number) #number
+/// Whether accessors are checked, as the stamp tells it.
 #if GENTRA_CHECKED
 #define GENTRA_PLUG_IN_CHECKED ", checked"
 #else
