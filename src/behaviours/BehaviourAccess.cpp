@@ -46,30 +46,26 @@ unsigned char* Behaviour::CheckedMemberDatum(int index, std::size_t size) const 
     return nowhere;
 }
 
-void Behaviour::WriteFlexibleValue(int index, float newValue) {
+template<class T>
+void Behaviour::WriteFlexible(int index, T Basic_Parameter::*constant, T newDatum) {
     switch (FastParam(index).owner) {
     case POOL:
-        fastParams[index].value = newValue;
+        fastParams[index].*constant = newDatum;
         break;
     case MEMBER:
-        Datum::Write(MemberDatum(index, sizeof newValue), newValue);
+        Datum::Write(MemberDatum(index, sizeof newDatum), newDatum);
         break;
     default:
-        LinkedProperty(index).SetData(&newValue);
+        LinkedProperty(index).SetData(&newDatum);
     }
 }
 
+void Behaviour::WriteFlexibleValue(int index, float newValue) {
+    WriteFlexible(index, &Basic_Parameter::value, newValue);
+}
+
 void Behaviour::WriteFlexibleVec3(int index, Math::Vec3 newVector) {
-    switch (FastParam(index).owner) {
-    case POOL:
-        fastParams[index].vector = newVector;
-        break;
-    case MEMBER:
-        Datum::Write(MemberDatum(index, sizeof newVector), newVector);
-        break;
-    default:
-        LinkedProperty(index).SetData(&newVector);
-    }
+    WriteFlexible(index, &Basic_Parameter::vector, newVector);
 }
 
 MemberSelection& Behaviour::UseFlexibleConstMemberSelection(int index) {

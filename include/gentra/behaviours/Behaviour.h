@@ -382,6 +382,9 @@ private:
         return datum != nullptr ? Datum::Read<T>(datum) : absent;
     }
 
+    template<class T>
+    void WriteFlexible(int index, T Basic_Parameter::*constant, T newDatum);
+
     /// An empty selection without a pool, for data that points at none.
     [[nodiscard]] static MemberSelection& NoSelection();
 
