@@ -5,7 +5,7 @@
 
 #include "Fuzzing.h"
 
-#include "whole/World.h"
+#include "whole/WorldModel.h"
 
 void Fuzz(std::span<unsigned char const> bytes) {
     Whole::Choices choices(bytes);

@@ -10,13 +10,14 @@ namespace {
 
 std::size_t allocations = 0;
 std::size_t bytes = 0;
-std::size_t held = 0;
 std::size_t untilFailure = 0;
+bool forEver = false;
 
 } // namespace
 
 void* operator new(std::size_t size) {
     if (untilFailure > 0 && --untilFailure == 0) {
+        untilFailure = forEver ? 1 : 0;
         throw std::bad_alloc();
     }
     void* const memory = std::malloc(size != 0 ? size : 1);
@@ -25,15 +26,11 @@ void* operator new(std::size_t size) {
     }
     ++allocations;
     bytes += size;
-    ++held;
     return memory;
 }
 
 void operator delete(void* memory) noexcept {
-    if (memory != nullptr) {
-        --held;
-        std::free(memory);
-    }
+    std::free(memory);
 }
 
 void operator delete(void* memory, std::size_t) noexcept {
@@ -48,11 +45,9 @@ std::size_t AllocationsSoFar() {
 std::size_t BytesAllocatedSoFar() {
     return bytes;
 }
-std::size_t AllocationsHeld() {
-    return held;
-}
-void FailAllocation(std::size_t n) {
+void FailAllocation(std::size_t n, bool andAllLater) {
     untilFailure = n;
+    forEver = andAllLater;
 }
 bool AllocationFailureIsDue() {
     return untilFailure > 0;

@@ -13,10 +13,8 @@ namespace Support {
 /// How often it has allocated, and how many bytes in all.
 [[nodiscard]] std::size_t AllocationsSoFar();
 [[nodiscard]] std::size_t BytesAllocatedSoFar();
-/// How many pieces it holds at the moment.
-[[nodiscard]] std::size_t AllocationsHeld();
-/// Lets the n-th allocation from now fail, once, as if there were no memory; 0 lets none fail.
-void FailAllocation(std::size_t n);
+/// Lets the n-th allocation from now fail, as if there were no memory; 0 lets none fail.
+void FailAllocation(std::size_t n, bool andAllLater = false);
 /// Whether that allocation is still to come.
 [[nodiscard]] bool AllocationFailureIsDue();
 

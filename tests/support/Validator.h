@@ -10,7 +10,6 @@
 #include <gentra/gentra.h>
 
 #include <algorithm>
-#include <optional>
 #include <set>
 #include <stdexcept>
 #include <vector>
@@ -25,19 +24,16 @@ struct Validator {
         }
     }
 
-    using Records = std::optional<std::set<unsigned char*>>;
+    using Records = std::set<unsigned char*>;
 
-    /// `alive` are the records that ought to be in use, where that is known.
-    static void CheckPool(MemberPool const& pool, Records const& alive) {
+    static void CheckPool(MemberPool const& pool) {
         MemberPropertyTable const& table = *pool.memberProperties;
         CheckLayout(table);
         PropertyTable const& ofPool = *pool.poolProperties;
         Require(ofPool.positions.size() == (ofPool.properties != nullptr ? ofPool.properties->size() : 0),
                 "the positions of pool properties");
         if (table.storage != nullptr) {
-            CheckStorage(*table.storage, static_cast<std::size_t>(table.recordSize), alive);
-        } else {
-            Require(!alive || alive->empty(), "members without records");
+            CheckStorage(*table.storage, static_cast<std::size_t>(table.recordSize));
         }
         Require(pool.newborn == nullptr && !pool.clearing && !pool.IsInUse(), "the pool is at rest");
     }
@@ -50,15 +46,9 @@ struct Validator {
                 "an empty list that was not read");
     }
 
-    /// How many records are in use.
-    static std::ptrdiff_t CountRecords(MemberPool const& pool) {
-        std::ptrdiff_t count = 0;
-        if (MemberRecordStorage const* const storage = pool.memberProperties->storage.get()) {
-            for (auto const& block : storage->blocks) {
-                count += std::count(block.inUse.get(), block.inUse.get() + block.recordCount, true);
-            }
-        }
-        return count;
+    static Records RecordsInUse(MemberPool const& pool) {
+        MemberRecordStorage const* const storage = pool.memberProperties->storage.get();
+        return storage != nullptr ? RecordsOf(*storage, true) : Records();
     }
 
 private:
@@ -80,29 +70,27 @@ private:
         Require(end == table.recordSize, "the record's size");
     }
 
-    /// Each record is either in use or once on the stack of free ones.
-    static void CheckStorage(MemberRecordStorage const& storage, std::size_t recordSize, Records const& alive) {
-        Require(storage.recordSize == recordSize, "the storage's record size");
-        std::set<unsigned char*> records;
-        std::set<unsigned char*> inUse;
+    static Records RecordsOf(MemberRecordStorage const& storage, bool inUse) {
+        Records records;
         for (auto const& block : storage.blocks) {
             for (std::uint32_t i = 0; i < block.recordCount; ++i) {
-                records.insert(block.bytes.get() + i * recordSize);
-                if (block.inUse[i]) {
-                    inUse.insert(block.bytes.get() + i * recordSize);
+                if (block.inUse[i] == inUse) {
+                    records.insert(block.bytes.get() + i * storage.recordSize);
                 }
             }
         }
-        Require(!alive || inUse == *alive, "records in use are not those of the members");
-        std::set<unsigned char*> free;
+        return records;
+    }
+
+    /// Each record is either in use or once on the stack of free ones.
+    static void CheckStorage(MemberRecordStorage const& storage, std::size_t recordSize) {
+        Require(storage.recordSize == recordSize, "the storage's record size");
+        Records free;
         for (auto const& place : storage.freeRecords) {
             free.insert(storage.blocks.at(place.block).bytes.get() + place.index * recordSize);
         }
         Require(free.size() == storage.freeRecords.size(), "a record is free twice");
-        Require(free.size() + inUse.size() == records.size(), "a record is lost");
-        Require(std::none_of(free.begin(), free.end(), [&](auto* record) { return inUse.contains(record); }),
-                "a record is free and in use");
-
+        Require(free == RecordsOf(storage, false), "the records that are free");
         Require(storage.pending == 0, "a record is on its way");
         for (std::size_t i = 0; i < storage.blocks.size(); ++i) {
             auto const& start = storage.starts.at(i);

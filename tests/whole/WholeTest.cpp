@@ -4,7 +4,7 @@
 // Random hosts. Other seeds by hand: GENTRA_SEEDS="first count" in the environment. A single one tells its operations
 // as they happen.
 
-#include "World.h"
+#include "WorldModel.h"
 
 #include <gtest/gtest.h>
 
@@ -20,7 +20,7 @@ using namespace Whole;
 constexpr int STEPS = 300;
 
 std::pair<unsigned int, unsigned int> Seeds() {
-    std::pair<unsigned int, unsigned int> seeds(1, 60);
+    std::pair<unsigned int, unsigned int> seeds(1, 200);
     if (char const* const wanted = std::getenv("GENTRA_SEEDS")) {
         std::istringstream(wanted) >> seeds.first >> seeds.second;
     }

@@ -11,14 +11,14 @@
 
 namespace Whole {
 
-void Host::Check() {
+void World::Check() {
     Require(runs.empty() && expectedRuns.empty() && !pass, "the world is at rest");
     CheckContexts();
     for (auto const& pool : pools) {
         CheckPool(*pool);
     }
+    CheckStructures();
     for (auto const& each : selections) {
-        Validator::CheckSelection(each->selection);
         CheckList(each->selection, each->list);
         Require(each->selection.GetBasePool() == each->pool->pool.get(), "a selection's pool");
     }
@@ -31,7 +31,19 @@ void Host::Check() {
     ++checks;
 }
 
-void Host::CheckContexts() {
+void World::CheckStructures() const {
+    for (auto const& each : pools) {
+        if (each->pool != nullptr) {
+            Validator::CheckPool(*each->pool);
+            Validator::CheckSelection(*each->pool);
+        }
+    }
+    for (auto const& each : selections) {
+        Validator::CheckSelection(each->selection);
+    }
+}
+
+void World::CheckContexts() {
     std::map<int, PoolState*> byID;
     for (auto const& pool : pools) {
         byID[pool->id] = pool.get();
@@ -49,7 +61,7 @@ void Host::CheckContexts() {
     }
 }
 
-void Host::CheckList(MemberSelection& selection, Support::SelectionModel& list) {
+void World::CheckList(MemberSelection& selection, Support::SelectionModel& list) {
     Require(selection.GetNumMembers() == static_cast<int>(list.list.size()), "the number of entries");
     Require(selection.ActiveMember() == list.active, "the active member");
     Require(selection.FirstMemberActive() == (list.cursorValid && list.cursor == list.list.begin()), "the cursor");
@@ -58,13 +70,12 @@ void Host::CheckList(MemberSelection& selection, Support::SelectionModel& list) 
     }
 }
 
-void Host::CheckPool(PoolState& pool) {
+void World::CheckPool(PoolState& pool) {
     std::set<unsigned char*> alive;
     for (auto const& [record, data] : pool.members) {
         alive.insert(record);
     }
-    Validator::CheckPool(*pool.pool, alive);
-    Validator::CheckSelection(*pool.pool);
+    Require(Validator::RecordsInUse(*pool.pool) == alive, "the records that are in use");
     Require(pool.pool->GetName() == pool.name && pool.pool->GetMemberPoolID() == pool.id, "a pool's identity");
     CheckList(*pool.pool, pool.list);
 
@@ -98,7 +109,7 @@ void Host::CheckPool(PoolState& pool) {
 }
 
 /// What each property and behaviour is like, and who shares it.
-void Host::CheckProperties() {
+void World::CheckProperties() {
     std::map<Property const*, int> shares;
     for (auto const& pool : pools) {
         std::vector<PropertyState*> ofMembers = MemberProperties(*pool);

@@ -30,7 +30,7 @@ using Support::MainContext;
 using Support::PropertyPtr;
 
 struct PoolState;
-class Host;
+class World;
 
 /// The library and the model disagree.
 struct Disagreement : std::logic_error {
@@ -71,11 +71,11 @@ public:
         Floats constant{};
     };
 
-    WorldBehaviour(Host& newHost, Kind newKind);
+    WorldBehaviour(World& newHost, Kind newKind);
     void ProcessMembers(std::vector<Member>& members, Member& current) override;
     bool TriggerLiveBehaviour() override;
 
-    Host* host;
+    World* host;
     Kind kind;
     std::array<Slot, 3> slots;
     PoolState* pool = nullptr;
@@ -110,7 +110,6 @@ struct PoolState {
     Behaviours active, passive, onMember, onPool;
     std::map<unsigned char*, std::map<int, Floats>> members; ///< Values and vectors by record and offset.
     Support::SelectionModel list;
-    std::optional<std::pair<PropertyState*, int>> position; ///< What the pool's organizer reads, and at which offset.
 };
 
 /// A selection of the host.
@@ -193,29 +192,45 @@ public:
     std::set<unsigned char*> alive;
 };
 
-/// The host, and what ought to be.
-class Host {
+/// A host that does at random what hosts do, and a model of what has to come of it.
+///
+/// Pools, properties, behaviours, selections and references come and go, also inside events and behaviours; passes
+/// and frames run. Each step does one operation; Check() compares everything that can be seen from outside with the
+/// model, and walks the structures inside. Both throw std::logic_error where the library and the model disagree.
+class World {
 public:
+    /// `logToError` writes the operations to the standard error, where they stay when the process ends early.
+    explicit World(Choices& newChoices, bool logToError = false);
+    void Step();
+    void Check();
+    /// Walks the structures inside, also where an exception has put model and library apart.
+    void CheckStructures() const;
+    /// One line for each operation so far.
     [[nodiscard]] std::string Operations() const { return operations.str(); }
+    /// How often behaviours have run.
     [[nodiscard]] std::size_t CountRuns() const { return runsSoFar; }
 
+    // What the behaviours of this world tell it.
+
     PoolState* BeginRun(WorldBehaviour& behaviour, std::vector<Member> const& members);
+    void EndRun(PoolState& pool, bool visited, Member last);
+    void WorkOn(WorldBehaviour& behaviour);
+
+private:
+    // Runs.
+
     void DropRunsOnNobody();
     static void RefreshConstants(WorldBehaviour& behaviour);
     void RequireNoMoreRuns(char const* what);
-    void EndRun(PoolState& pool, bool visited, Member last);
-    void WorkOn(WorldBehaviour& behaviour);
     static bool MayWork(WorldBehaviour const& behaviour, PoolState const& pool);
     static Member MemberOfLink(WorldBehaviour const& behaviour, Member current);
     static Floats Expected(WorldBehaviour const& behaviour);
     void Trigger(WorldBehaviour& behaviour);
     void See(PoolState& pool);
 
-    // The host.
+    // Operations.
 
-    Host(Choices& newChoices, bool logToError);
     std::ostream& Note(char const* what);
-    void Step();
     void Rename(PoolState& pool);
     void ChooseSingle(PoolState& pool);
     void AddMembers(PoolState& pool);
@@ -243,9 +258,7 @@ public:
     WorldBehaviour* NextOfPoolConstruction(PoolState*& pool);
     void EndPass();
     void Construct(PoolState&) { RunPass(false); }
-
     void Reconstruct(PoolState&) { RunPass(true); }
-
     void RunPass(bool again);
     void HandleConstruct(Util::Event const& event);
 
@@ -274,29 +287,23 @@ public:
     void RunFrame(PoolState& pool);
     void BeginFrame();
     void ApplyPassive(PoolState& pool);
-    void CopyBehaviour(PoolState&);
 
-    // Members and selections.
+    // Members, selections and references.
 
     void Born(PoolState& pool, Member member);
     void AddMember(PoolState& pool);
     void DeleteMember(PoolState& pool);
     void ChangeSelection(MemberSelection& selection, Support::SelectionModel& list, PoolState& pool);
 
-    // References and paths.
-
     void ChangeReference(PoolState& pool);
-    void FollowPath(PoolState& root);
 
     // Comparing.
 
-    void Check();
     void CheckContexts();
     void CheckList(MemberSelection& selection, Support::SelectionModel& list);
     void CheckPool(PoolState& pool);
     void CheckProperties();
 
-private:
     struct PoolListener final : Support::Listener {
         using Listener::Listener;
     };

@@ -10,7 +10,7 @@
 
 namespace Whole {
 
-Host::Host(Choices& newChoices, bool logToError)
+World::World(Choices& newChoices, bool logToError)
     : choices(newChoices), logsToError(logToError), functor(std::make_unique<Functor>()),
       constructListener(MemberPool::EVENT_CONSTRUCT, [this](Util::Event const& event) { HandleConstruct(event); }) {
     counter.countsPerSecond = 60;
@@ -18,23 +18,23 @@ Host::Host(Choices& newChoices, bool logToError)
         std::make_unique<PoolListener>(MemberPool::EVENT, [this](Util::Event const& event) { HandlePoolEvent(event); });
 }
 
-std::ostream& Host::Note(char const* what) {
+std::ostream& World::Note(char const* what) {
     std::ostream& log = logsToError ? std::cerr : operations;
     return log << '\n' << std::string(2 * runs.size() + (pass ? 2 : 0), ' ') << what << ' ';
 }
 
-void Host::Step() {
+void World::Step() {
     struct Operation {
         unsigned int weight;
-        void (Host::*perform)(PoolState&);
+        void (World::*perform)(PoolState&);
     };
     static constexpr Operation operationsOfHosts[] = {
-        {1, &Host::DestroyPool},   {1, &Host::Rename},          {1, &Host::ChangeID},
-        {1, &Host::Construct},     {1, &Host::Reconstruct},     {1, &Host::BuildContent},
-        {1, &Host::ChooseSingle},  {3, &Host::AddMembers},      {1, &Host::DeleteMember},
-        {3, &Host::ChangeValue},   {1, &Host::Select},          {3, &Host::ChangeSomeSelection},
-        {1, &Host::ChangeOwnList}, {2, &Host::ChangeReference}, {1, &Host::FollowPath},
-        {2, &Host::ApplyPassive},  {1, &Host::CopyBehaviour},   {15, &Host::RunFrame}};
+        {1, &World::DestroyPool},   {1, &World::Rename},          {1, &World::ChangeID},
+        {1, &World::Construct},     {1, &World::Reconstruct},     {1, &World::BuildContent},
+        {1, &World::ChooseSingle},  {3, &World::AddMembers},      {1, &World::DeleteMember},
+        {3, &World::ChangeValue},   {1, &World::Select},          {3, &World::ChangeSomeSelection},
+        {1, &World::ChangeOwnList}, {3, &World::ChangeReference}, {2, &World::ApplyPassive},
+        {16, &World::RunFrame}};
     PoolState* const pool = SomePool();
     if (pool == nullptr || choices.OneIn(40)) {
         CreatePool();
@@ -48,30 +48,30 @@ void Host::Step() {
     (this->*operation->perform)(*pool);
 }
 
-void Host::Rename(PoolState& pool) {
+void World::Rename(PoolState& pool) {
     pool.name = choices.OneOf(NAMES);
     Note("rename") << pool.id << " to " << pool.name;
     pool.pool->SetName(pool.name);
 }
 
-void Host::ChooseSingle(PoolState& pool) {
+void World::ChooseSingle(PoolState& pool) {
     pool.single = static_cast<int>(choices.Below(12)) - 8;
     Note("single member") << pool.id << ": " << pool.single;
     pool.pool->SetSingleMemberUpdateIndex(pool.single);
 }
 
-void Host::AddMembers(PoolState& pool) {
+void World::AddMembers(PoolState& pool) {
     for (unsigned int i = choices.Below(8); i > 0; --i) {
         AddMember(pool);
     }
 }
 
-void Host::Select(PoolState& pool) {
+void World::Select(PoolState& pool) {
     Note("select in") << pool.id;
     selections.push_back(std::make_unique<SelectionState>(pool));
 }
 
-void Host::ChangeSomeSelection(PoolState& pool) {
+void World::ChangeSomeSelection(PoolState& pool) {
     if (selections.empty()) {
         return ChangeOwnList(pool);
     }
@@ -82,7 +82,7 @@ void Host::ChangeSomeSelection(PoolState& pool) {
 // Members and selections.
 
 /// A new member's data.
-void Host::Born(PoolState& pool, Member member) {
+void World::Born(PoolState& pool, Member member) {
     auto const [entry, isNew] = pool.members.try_emplace(member.record);
     if (!isNew) {
         return; // another member-construction behaviour
@@ -98,7 +98,7 @@ void Host::Born(PoolState& pool, Member member) {
     }
 }
 
-void Host::AddMember(PoolState& pool) {
+void World::AddMember(PoolState& pool) {
     if (pool.members.size() >= MOST_MEMBERS) {
         return;
     }
@@ -125,7 +125,7 @@ void Host::AddMember(PoolState& pool) {
     }
 }
 
-void Host::DeleteMember(PoolState& pool) {
+void World::DeleteMember(PoolState& pool) {
     if (pool.list.list.empty()) {
         return;
     }
@@ -154,7 +154,7 @@ void Host::DeleteMember(PoolState& pool) {
     }
 }
 
-void Host::ChangeSelection(MemberSelection& selection, Support::SelectionModel& list, PoolState& pool) {
+void World::ChangeSelection(MemberSelection& selection, Support::SelectionModel& list, PoolState& pool) {
     // A member that no list holds could not be found again to be deleted, so the pool itself only reorders.
     bool const isPool = &selection == pool.pool.get();
     auto const edit = static_cast<Support::Edit>(choices.Below(isPool ? Support::ADD_MANY : Support::EDITS));
@@ -178,9 +178,9 @@ void Host::ChangeSelection(MemberSelection& selection, Support::SelectionModel& 
     }
 }
 
-// References and paths.
+// References.
 
-void Host::ChangeReference(PoolState& pool) {
+void World::ChangeReference(PoolState& pool) {
     if (references.size() < 4 && choices.OneIn(3)) {
         Note("make a reference");
         PropertyPtr const standIn = Support::Value("None");
@@ -213,35 +213,6 @@ void Host::ChangeReference(PoolState& pool) {
     PropertyState* const found =
         changed && some.pool != nullptr ? FindByName(*some.pool, some.reference.GetPropertyName()) : nullptr;
     some.target = found != nullptr ? found->property.Get() : some.target;
-}
-
-/// A path must find the same after it was written and read.
-void Host::FollowPath(PoolState& root) {
-    if (properties.empty()) {
-        return;
-    }
-    Path path;
-    Note("follow a path from") << root.id;
-    path.SetRootMemberPool(*root.pool);
-    for (unsigned int levels = choices.Below(3); levels > 0; --levels) {
-        PropertyPtr const level = choices.OneOf(properties)->property;
-        if (level->GetPropertyType() == MEMBERSELECTION) {
-            path.AddRootingMemberSelectionBack(level.DynamicCast<MemberSelectionProperty>());
-        }
-    }
-    path.SetDestinationProperty(choices.OneOf(properties)->property);
-    std::stringstream text;
-    path.SaveToStream(text);
-    Path read;
-    read.LoadFromStream(text);
-    if (!waiting.empty()) {
-        BeginPass(false);
-    }
-    void const* const datum = path.GetDestinationPropertyDataNoIndices();
-    if (pass) {
-        EndPass();
-    }
-    Require(read.GetDestinationPropertyDataNoIndices() == datum, "a path that was read");
 }
 
 } // namespace Whole

@@ -11,7 +11,7 @@ namespace Whole {
 
 // Pools.
 
-PoolState* Host::Find(MemberPool const* pool) {
+PoolState* World::Find(MemberPool const* pool) {
     for (auto const& state : pools) {
         if (state->pool.get() == pool) {
             return state.get();
@@ -20,7 +20,7 @@ PoolState* Host::Find(MemberPool const* pool) {
     return nullptr;
 }
 
-PoolState* Host::FindByID(int id) {
+PoolState* World::FindByID(int id) {
     for (auto const& state : pools) {
         if (state->pool != nullptr && state->id == id) {
             return state.get();
@@ -30,12 +30,12 @@ PoolState* Host::FindByID(int id) {
 }
 
 /// One of the pools, or null while there is none.
-PoolState* Host::SomePool() {
+PoolState* World::SomePool() {
     PoolState* const state = pools.empty() ? nullptr : choices.OneOf(pools).get();
     return state != nullptr && state->pool != nullptr ? state : nullptr;
 }
 
-void Host::CreatePool() {
+void World::CreatePool() {
     if (pools.size() >= MOST_POOLS) {
         return;
     }
@@ -51,7 +51,7 @@ void Host::CreatePool() {
     Require(state->pool->SetNewMemberPoolID(state->id), "a new pool's ID");
 }
 
-void Host::DestroyPool(PoolState& pool) {
+void World::DestroyPool(PoolState& pool) {
     Note("destroy") << pool.id;
     auto const owner = std::find_if(pools.begin(), pools.end(), [&](auto const& each) { return each.get() == &pool; });
     std::unique_ptr<PoolState> const leaving = std::move(*owner);
@@ -89,7 +89,7 @@ void Host::DestroyPool(PoolState& pool) {
     leaving->pool.reset();
 }
 
-void Host::ChangeID(PoolState& pool) {
+void World::ChangeID(PoolState& pool) {
     int const id = choices.OneIn(3) ? choices.OneOf(pools)->id : static_cast<int>(choices.Below(5)) - 2;
     bool const isFree = FindByID(id) == nullptr;
     Note("new ID") << pool.id << " to " << id;
@@ -100,7 +100,7 @@ void Host::ChangeID(PoolState& pool) {
 }
 
 /// Comes last of all listeners, so that events inside it end nobody's delivery.
-void Host::HandlePoolEvent(Util::Event const& event) {
+void World::HandlePoolEvent(Util::Event const& event) {
     if (event.type.subIndex == MemberPool::EVENT_CONSTRUCT.subIndex || pass) {
         return;
     }
@@ -116,7 +116,7 @@ void Host::HandlePoolEvent(Util::Event const& event) {
 }
 
 /// What the pool ought to be like after it was cleared.
-void Host::ClearState(PoolState& pool) {
+void World::ClearState(PoolState& pool) {
     auto const leave = [&](PropertyState& property) {
         registry.erase(property.id);
         for (auto const& reference : references) {
@@ -173,17 +173,14 @@ void Host::ClearState(PoolState& pool) {
 
 // Passes.
 
-void Host::BeginPass(bool again) {
+void World::BeginPass(bool again) {
     pass = Pass();
     pass->again = again;
     KnowPools();
-    for (auto const& pool : pools) {
-        pool->position.reset();
-    }
 }
 
 /// The pool that is to be built next.
-PoolState* Host::NextPoolOfPass() {
+PoolState* World::NextPoolOfPass() {
     if (!pass->again) {
         while (pass->waiting < waiting.size() && waiting[pass->waiting] == nullptr) {
             ++pass->waiting;
@@ -202,7 +199,7 @@ PoolState* Host::NextPoolOfPass() {
 }
 
 /// The pools of the step that begins, by the IDs that they have now.
-void Host::KnowPools() {
+void World::KnowPools() {
     pass->known.clear();
     pass->joined.clear();
     pass->waiting = 0;
@@ -212,7 +209,7 @@ void Host::KnowPools() {
     }
 }
 
-void Host::TakePoolOfPass(PoolState& pool) {
+void World::TakePoolOfPass(PoolState& pool) {
     ++pass->waiting;
     bool const isNew = pass->joined.erase(&pool) > 0;
     auto const entry =
@@ -225,7 +222,7 @@ void Host::TakePoolOfPass(PoolState& pool) {
 }
 
 /// The pool-construction behaviour that is to run next, or null when all have.
-WorldBehaviour* Host::NextOfPoolConstruction(PoolState*& pool) {
+WorldBehaviour* World::NextOfPoolConstruction(PoolState*& pool) {
     if (pass->constructing) {
         Require(NextPoolOfPass() == nullptr, "a pool was not built");
         pass->constructing = false;
@@ -248,14 +245,14 @@ WorldBehaviour* Host::NextOfPoolConstruction(PoolState*& pool) {
     return nullptr;
 }
 
-void Host::EndPass() {
+void World::EndPass() {
     PoolState* pool = nullptr;
     Require(NextOfPoolConstruction(pool) == nullptr, "a pool-construction behaviour did not run");
     waiting.clear();
     pass.reset();
 }
 
-void Host::RunPass(bool again) {
+void World::RunPass(bool again) {
     Note(again ? "reconstruct" : "construct");
     if (again || !waiting.empty()) {
         BeginPass(again);
@@ -270,7 +267,7 @@ void Host::RunPass(bool again) {
     }
 }
 
-void Host::HandleConstruct(Util::Event const& event) {
+void World::HandleConstruct(Util::Event const& event) {
     PoolState* const pool = Find(static_cast<MemberPool*>(event.subject));
     Require(pass && pass->constructing && pool != nullptr && NextPoolOfPass() == pool, "the order of building");
     TakePoolOfPass(*pool);
@@ -300,7 +297,7 @@ void Host::HandleConstruct(Util::Event const& event) {
 
 // Properties.
 
-PropertyState* Host::State(Property const* property) {
+PropertyState* World::State(Property const* property) {
     for (auto const& state : properties) {
         if (state->property.Get() == property) {
             return state.get();
@@ -309,11 +306,12 @@ PropertyState* Host::State(Property const* property) {
     return nullptr;
 }
 
-PropertyState& Host::Adopt(PropertyPtr const& property, int id) {
-    return *properties.emplace_back(new PropertyState{property, property->GetName(), id, property->GetDataSize()});
+PropertyState& World::Adopt(PropertyPtr const& property, int id) {
+    std::unique_ptr<PropertyState> state(new PropertyState{property, property->GetName(), id, property->GetDataSize()});
+    return *properties.emplace_back(std::move(state));
 }
 
-PropertyState& Host::MakeProperty() {
+PropertyState& World::MakeProperty() {
     std::string const name = choices.OneOf(NAMES);
     PropertyPtr const kinds[] = {new ValueProperty(name),
                                  new VectorProperty(name),
@@ -339,7 +337,7 @@ PropertyState& Host::MakeProperty() {
     return state;
 }
 
-void Host::ChangeValue(PoolState&) {
+void World::ChangeValue(PoolState&) {
     if (properties.empty()) {
         return;
     }
@@ -353,12 +351,12 @@ void Host::ChangeValue(PoolState&) {
     }
 }
 
-PropertyState* Host::FindByName(PoolState const& pool, std::string const& name) {
+PropertyState* World::FindByName(PoolState const& pool, std::string const& name) {
     PropertyState* const ofPool = FindNamed(pool.poolTable, name);
     return ofPool != nullptr ? ofPool : FindNamed(MemberProperties(pool), name);
 }
 
-void Host::AddProperty(PoolState& pool) {
+void World::AddProperty(PoolState& pool) {
     PropertyState& property = properties.empty() || !choices.OneIn(5) ? MakeProperty() : *choices.OneOf(properties);
     bool const amongMembers = !choices.OneIn(3);
     Note(amongMembers ? "add member property" : "add pool property") << property.name << " to " << pool.id;
@@ -379,7 +377,7 @@ void Host::AddProperty(PoolState& pool) {
 }
 
 /// What entering the pool ought to do to the property.
-void Host::Enter(PoolState& pool, PropertyState& property, bool amongMembers) {
+void World::Enter(PoolState& pool, PropertyState& property, bool amongMembers) {
     if (amongMembers && pool.hasRecords) {
         if (property.pool == nullptr) {
             property.owner = MEMBER;
@@ -418,7 +416,7 @@ void Host::Enter(PoolState& pool, PropertyState& property, bool amongMembers) {
 
 // Building.
 
-void Host::BuildContent(PoolState& pool) {
+void World::BuildContent(PoolState& pool) {
     for (unsigned int i = choices.Below(12); i > 0; --i) {
         if (choices.OneIn(2)) {
             AddProperty(pool);
@@ -428,7 +426,7 @@ void Host::BuildContent(PoolState& pool) {
     }
 }
 
-void Host::LinkBehaviour(PoolState& pool) {
+void World::LinkBehaviour(PoolState& pool) {
     if (behaviours.empty() || !choices.OneIn(4)) {
         auto const kind = static_cast<WorldBehaviour::Kind>(choices.Below(WorldBehaviour::KINDS));
         behaviours.push_back(new WorldBehaviour(*this, kind));
@@ -463,7 +461,7 @@ void Host::LinkBehaviour(PoolState& pool) {
     Assimilate(pool, *behaviour, true);
 }
 
-void Host::LinkVisible(WorldBehaviour& behaviour) {
+void World::LinkVisible(WorldBehaviour& behaviour) {
     std::vector<SlotKind> const& kinds = SlotsOf(behaviour.kind);
     for (std::size_t i = 0; i < kinds.size() && kinds[i].scope == VISIBLE; ++i) {
         PropertyState* link = nullptr;
@@ -481,7 +479,7 @@ void Host::LinkVisible(WorldBehaviour& behaviour) {
 }
 
 /// The properties that the intrinsic slots of a behaviour ought to have got.
-void Host::Assimilate(PoolState& pool, WorldBehaviour& behaviour, bool ofMembers) {
+void World::Assimilate(PoolState& pool, WorldBehaviour& behaviour, bool ofMembers) {
     std::vector<SlotKind> const& kinds = SlotsOf(behaviour.kind);
     for (std::size_t i = 0; i < kinds.size(); ++i) {
         SlotKind const& kind = kinds[i];
@@ -520,7 +518,7 @@ void Host::Assimilate(PoolState& pool, WorldBehaviour& behaviour, bool ofMembers
     }
 }
 
-void Host::Compile(PoolState& pool) {
+void World::Compile(PoolState& pool) {
     if (pool.failed) {
         return;
     }
@@ -532,7 +530,7 @@ void Host::Compile(PoolState& pool) {
     pool.compiled = true;
 }
 
-void Host::Compile(WorldBehaviour& behaviour) {
+void World::Compile(WorldBehaviour& behaviour) {
     behaviour.ready = true;
     std::vector<SlotKind> const& kinds = SlotsOf(behaviour.kind);
     for (std::size_t i = 0; i < kinds.size(); ++i) {
@@ -554,7 +552,7 @@ void Host::Compile(WorldBehaviour& behaviour) {
 }
 
 /// Whether the pool lets the behaviour run: its own data lie in the records, for a construction behaviour all.
-bool Host::Fits(PoolState const& pool, WorldBehaviour const& behaviour, bool isConstruction) {
+bool World::Fits(PoolState const& pool, WorldBehaviour const& behaviour, bool isConstruction) {
     return std::all_of(behaviour.slots.begin(), behaviour.slots.end(), [&](WorldBehaviour::Slot const& slot) {
         if (slot.owner != MEMBER) {
             return true;

@@ -11,7 +11,7 @@ namespace Whole {
 
 // Behaviours.
 
-WorldBehaviour::WorldBehaviour(Host& newHost, Kind newKind) : host(&newHost), kind(newKind) {
+WorldBehaviour::WorldBehaviour(World& newHost, Kind newKind) : host(&newHost), kind(newKind) {
     for (SlotKind const& slot : SlotsOf(kind)) {
         Parameter parameter;
         parameter.MakeBehaviourInterfaceParameter(slot.owner, slot.type, slot.name, slot.scope);
@@ -38,7 +38,7 @@ bool WorldBehaviour::TriggerLiveBehaviour() {
 // Runs.
 
 /// The run that comes next must be this one.
-PoolState* Host::BeginRun(WorldBehaviour& behaviour, std::vector<Member> const& members) {
+PoolState* World::BeginRun(WorldBehaviour& behaviour, std::vector<Member> const& members) {
     DropRunsOnNobody();
     if (expectedRuns.empty()) {
         PoolState* constructed = nullptr;
@@ -74,7 +74,7 @@ PoolState* Host::BeginRun(WorldBehaviour& behaviour, std::vector<Member> const& 
 
 /// A behaviour is made ready for its turn, but runs on nobody whom it does not fit: one that is linked in two
 /// pools loses its links with either.
-void Host::DropRunsOnNobody() {
+void World::DropRunsOnNobody() {
     while (!expectedRuns.empty() && expectedRuns.front().prepared) {
         Run const& next = expectedRuns.front();
         if (!next.onNobody && Fits(*next.pool, *next.behaviour, next.ofNewMember)) {
@@ -85,7 +85,7 @@ void Host::DropRunsOnNobody() {
     }
 }
 
-void Host::RefreshConstants(WorldBehaviour& behaviour) {
+void World::RefreshConstants(WorldBehaviour& behaviour) {
     for (WorldBehaviour::Slot& slot : behaviour.slots) {
         if (slot.link != nullptr && slot.link->owner == POOL) {
             slot.constant = slot.link->value;
@@ -93,12 +93,12 @@ void Host::RefreshConstants(WorldBehaviour& behaviour) {
     }
 }
 
-void Host::RequireNoMoreRuns(char const* what) {
+void World::RequireNoMoreRuns(char const* what) {
     DropRunsOnNobody();
     Require(expectedRuns.empty(), what);
 }
 
-void Host::EndRun(PoolState& pool, bool visited, Member last) {
+void World::EndRun(PoolState& pool, bool visited, Member last) {
     if (visited) {
         pool.list.active = last;
     }
@@ -123,7 +123,7 @@ void Host::EndRun(PoolState& pool, bool visited, Member last) {
     runs.pop_back();
 }
 
-void Host::WorkOn(WorldBehaviour& behaviour) {
+void World::WorkOn(WorldBehaviour& behaviour) {
     PoolState& pool = *runs.back().pool;
     Member const current = pool.pool->ActiveMember();
     pool.list.active = current;
@@ -178,7 +178,7 @@ void Host::WorkOn(WorldBehaviour& behaviour) {
 
 /// Whether all member data are linked, as they were compiled, to what is there: this pool's, or in a slot that is
 /// read by value the active member's of another pool. A behaviour that takes no care reads anything.
-bool Host::MayWork(WorldBehaviour const& behaviour, PoolState const& pool) {
+bool World::MayWork(WorldBehaviour const& behaviour, PoolState const& pool) {
     for (std::size_t i = 0; i < SlotsOf(behaviour.kind).size(); ++i) {
         WorldBehaviour::Slot const& slot = behaviour.slots[i];
         if (slot.link == nullptr) {
@@ -196,7 +196,7 @@ bool Host::MayWork(WorldBehaviour const& behaviour, PoolState const& pool) {
 }
 
 /// The member whose datum the first slot reads.
-Member Host::MemberOfLink(WorldBehaviour const& behaviour, Member current) {
+Member World::MemberOfLink(WorldBehaviour const& behaviour, Member current) {
     WorldBehaviour::Slot const& slot = behaviour.slots[0];
     bool const isForeign = slot.owner == MEMBER && !slot.link->pool->members.contains(current.record);
     return isForeign ? slot.link->pool->list.active : current;
@@ -204,7 +204,7 @@ Member Host::MemberOfLink(WorldBehaviour const& behaviour, Member current) {
 
 /// What the first slot ought to read: of `member` or, where it was compiled in no pool, of its pool's active
 /// member.
-Floats Host::Expected(WorldBehaviour const& behaviour) {
+Floats World::Expected(WorldBehaviour const& behaviour) {
     WorldBehaviour::Slot const& slot = behaviour.slots[0];
     PropertyState const& link = *slot.link;
     auto const datumOf = [](PoolState const& pool, Member member, int offset) {
@@ -223,7 +223,7 @@ Floats Host::Expected(WorldBehaviour const& behaviour) {
 }
 
 /// Lets a trigger start another run inside this one, up to some depth.
-void Host::Trigger(WorldBehaviour& behaviour) {
+void World::Trigger(WorldBehaviour& behaviour) {
     WorldBehaviour* const target = triggers[behaviour.slots[0].link];
     if (runs.size() > 2) {
         return;
@@ -252,51 +252,23 @@ void Host::Trigger(WorldBehaviour& behaviour) {
     }
 }
 
-/// Asks the pool's organizer and looks at everybody.
-void Host::See(PoolState& pool) {
+/// Asks the pool's organizer, which finds nobody who is not there.
+void World::See(PoolState& pool) {
+    if (PropertyState* const position = FindByName(pool, "Position")) {
+        ++position->organizers;
+    }
     SpatialOrganizer& organizer = MainContext().GetSpatialRelations().GetSpatialOrganizer(*pool.pool);
-    if (!pool.position) {
-        PropertyState* const position = FindByName(pool, "Position");
-        pool.position = {position, position != nullptr ? position->offset : -1};
-        if (position != nullptr) {
-            ++position->organizers;
-        }
-    }
-    organizer.Rebuild();
-    organizer.Refresh();
-    float const radius = 0.25f * static_cast<float>(choices.Below(20));
-    Math::Vec3 const centre(static_cast<float>(choices.Below(4)), 0, static_cast<float>(choices.Below(4)));
-    auto const [position, offset] = *pool.position;
-    auto const place = std::find_if(pool.memberTable.begin(), pool.memberTable.end(),
-                                    [property = position](auto const& each) { return each.property == property; });
-    std::multiset<unsigned char*> expected;
-    BoundingRect bounds;
-    if (position != nullptr && position->Type() == VECTOR && place != pool.memberTable.end() &&
-        place->offset == offset) {
-        for (Member const each : pool.list.list) {
-            Floats const& at = pool.members.at(each.record).at(place->offset);
-            float const x = at[0] - centre.x;
-            float const z = at[2] - centre.z;
-            bounds.Extend(at[0], at[2]);
-            if (x * x + z * z < radius * radius) {
-                expected.insert(each.record);
-            }
-        }
-    }
+    organizer.Update(0, 0, 1);
     MemberSelection seen(pool.pool.get());
-    organizer.GetMembersInRadius(seen, centre, radius, Member::NIL);
-    std::multiset<unsigned char*> found;
+    organizer.GetMembersInRadius(seen, {1, 0, 1}, 2, Member::NIL);
     for (Member const each : seen.GetAllMembers()) {
-        found.insert(each.record);
+        Require(pool.members.contains(each.record), "a member that is seen");
     }
-    // Members on one line are all in the first cell, which reaches only so far.
-    bool const onOneLine = bounds.minX == bounds.maxX || bounds.minZ == bounds.maxZ;
-    Require(found == expected || onOneLine, "the members in a radius");
 }
 
 // Frames.
 
-void Host::RunFrame(PoolState& pool) {
+void World::RunFrame(PoolState& pool) {
     counter.now += choices.Below(80);
     Note("frame of") << pool.id;
     frameAfterPass = &pool;
@@ -314,7 +286,7 @@ void Host::RunFrame(PoolState& pool) {
 }
 
 /// Expects the runs of the frame of the pool that was asked for one, if it is still there.
-void Host::BeginFrame() {
+void World::BeginFrame() {
     PoolState* const pool = std::exchange(frameAfterPass, nullptr);
     if (pool == nullptr || !pool->compiled || pool->failed) {
         return;
@@ -339,7 +311,7 @@ void Host::BeginFrame() {
     }
 }
 
-void Host::ApplyPassive(PoolState& pool) {
+void World::ApplyPassive(PoolState& pool) {
     if (behaviours.empty()) {
         return;
     }
@@ -365,23 +337,6 @@ void Host::ApplyPassive(PoolState& pool) {
         pool.pool->ApplyBehaviourOnMemberSelection(behaviour, some->selection);
     }
     RequireNoMoreRuns("a behaviour did not run when it was applied");
-}
-
-void Host::CopyBehaviour(PoolState&) {
-    if (behaviours.empty()) {
-        return;
-    }
-    WorldBehaviourPtr const original = choices.OneOf(behaviours);
-    Note("copy behaviour") << IndexOf(behaviours, original);
-    WorldBehaviourPtr const copy(new WorldBehaviour(*original));
-    behaviours.push_back(copy);
-    if (choices.OneIn(2)) {
-        copy->ClearBehaviour();
-        copy->pool = nullptr;
-        for (WorldBehaviour::Slot& slot : copy->slots) {
-            slot.link = nullptr;
-        }
-    }
 }
 
 } // namespace Whole

@@ -1,16 +1,14 @@
 // Gentra, copyright the Gentra authors.
 // SPDX-License-Identifier: MIT
 
-#include "gentra/properties/PropertyReference.h"
+#include "gentra/pools/PropertyReference.h"
 
+#include "gentra/pools/MemberPool.h"
 #include "gentra/properties/MemberSelectionProperty.h"
 #include "gentra/util/Event.h"
 #include "gentra/util/EventListener.h"
 #include "gentra/util/GlobalEventManager.h"
 #include "gentra/util/GlobalMessageManager.h"
-
-// Upward: a reference is bound to a pool, which it finds in the main context.
-#include "gentra/pools/MemberPool.h"
 
 namespace Gentra {
 

@@ -1,8 +1,8 @@
 // Gentra, copyright the Gentra authors.
 // SPDX-License-Identifier: MIT
 
-#ifndef GENTRA_PROPERTIES_PATH_H
-#define GENTRA_PROPERTIES_PATH_H
+#ifndef GENTRA_POOLS_PATH_H
+#define GENTRA_POOLS_PATH_H
 
 #include "gentra/gentra_export.h"
 #include "gentra/properties/Member.h"

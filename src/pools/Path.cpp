@@ -1,15 +1,13 @@
 // Gentra, copyright the Gentra authors.
 // SPDX-License-Identifier: MIT
 
-#include "gentra/properties/Path.h"
+#include "gentra/pools/Path.h"
 
-#include "gentra/properties/MemberSelection.h"
-#include "gentra/util/GlobalMessageManager.h"
-
-// Upward: IDs are looked up in the main context, and the root is a pool.
 #include "gentra/pools/Context.h"
 #include "gentra/pools/ContextManager.h"
 #include "gentra/pools/MemberPool.h"
+#include "gentra/properties/MemberSelection.h"
+#include "gentra/util/GlobalMessageManager.h"
 
 #include <algorithm>
 #include <istream>
