@@ -4,7 +4,7 @@
 #include "gentra/pools/Context.h"
 
 #include "gentra/pools/MemberPool.h"
-#include "gentra/properties/Path.h"
+#include "gentra/pools/Path.h"
 #include "gentra/properties/Property.h"
 #include "gentra/util/Event.h"
 #include "gentra/util/EventListener.h"
@@ -12,6 +12,7 @@
 #include "gentra/util/GlobalMessageManager.h"
 
 #include <algorithm>
+#include <cassert>
 #include <optional>
 
 namespace Gentra {
@@ -32,7 +33,10 @@ private:
 /// Keeps a second pass from starting, also when a listener of the first one throws.
 class Context::BuildGuard {
 public:
-    BuildGuard() noexcept { buildGuard = true; }
+    BuildGuard() noexcept {
+        assert(!buildGuard);
+        buildGuard = true;
+    }
     BuildGuard(BuildGuard const&) = delete;
     BuildGuard& operator=(BuildGuard const&) = delete;
     ~BuildGuard() { buildGuard = false; }
@@ -227,6 +231,7 @@ void Context::HandlePoolDeleted(MemberPool& pool) {
 
 void Context::Forget(std::map<Util::ShortID, Registration>::iterator entry) {
     if (std::size_t const ticket = entry->second.ticket; ticket != NOT_WAITING) {
+        assert(ticket < waitingPools.size() && waitingCount > 0);
         waitingPools[ticket] = PoolPtr();
         --waitingCount;
     }
@@ -291,13 +296,14 @@ void Context::ForEachPool(void (*action)(MemberPool& pool)) {
     struct Step {
         Context& context;
         Agenda agenda;
-        explicit Step(Context& newContext) : context(newContext) {
+        Agenda* const outer; ///< Of the pass around this one: a new context permits passes inside passes.
+        explicit Step(Context& newContext) : context(newContext), outer(newContext.agenda) {
             for (auto const& entry : context.poolsByID) {
                 agenda.known.emplace(entry.first, entry.second.pool);
             }
             context.agenda = &agenda;
         }
-        ~Step() { context.agenda = nullptr; }
+        ~Step() { context.agenda = outer; }
     } step(*this);
     for (PoolPtr next; step.agenda.TakeNext(next);) {
         if (MemberPool* const pool = next) {

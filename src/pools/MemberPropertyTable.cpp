@@ -7,6 +7,7 @@
 #include "gentra/properties/VectorProperty.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 #include <limits>
 #include <typeinfo>
@@ -29,6 +30,7 @@ bool MemberPropertyTable::HasRoomFor(int size) const noexcept {
 }
 
 void MemberPropertyTable::Add(Util::RefCountPtr<Property> const& property) {
+    assert(!HasRecords() && HasRoomFor(property->GetDataSize()));
     Place const place{recordSize, property->GetDataSize(), property->GetPropertyType(), PlainDefault(*property),
                       property.Get()};
     Datum const datum{place.offset, place.size, place.type};
@@ -53,11 +55,13 @@ void MemberPropertyTable::Add(Util::RefCountPtr<Property> const& property) {
         places.resize(table.All().size());
         throw;
     }
+    assert(places.size() == table.All().size() && layout.size() == places.size() + bare.size());
     property->SetDataOffset(place.offset);
     recordSize += place.size;
 }
 
 void MemberPropertyTable::CopyLayout(MemberPropertyTable const& other) {
+    assert(!HasRecords());
     table = other.table;
     places = other.places;
     layout = other.layout;

@@ -4,6 +4,7 @@
 #include "MemberRecordStorage.h"
 
 #include <algorithm>
+#include <cassert>
 #include <utility>
 
 namespace Gentra {
@@ -12,6 +13,7 @@ MemberRecordStorage::MemberRecordStorage(std::size_t newRecordSize)
     : recordSize(newRecordSize), nextBlockSize(std::min(FIRST_BLOCK_SIZE, FIRST_BLOCK_RECORDS * newRecordSize)) {}
 
 void MemberRecordStorage::Grow() {
+    assert(freeRecords.empty() && recordSize > 0);
     auto const count = static_cast<std::uint32_t>(std::max<std::size_t>(nextBlockSize / recordSize, 1));
     auto const number = static_cast<std::uint32_t>(blocks.size());
     Block block{std::make_unique_for_overwrite<unsigned char[]>(count * recordSize), std::make_unique<bool[]>(count),
@@ -33,6 +35,7 @@ void MemberRecordStorage::Grow() {
     for (std::uint32_t i = 0; i < count; ++i) {
         freeRecords.push_back({number, i});
     }
+    assert(starts.size() == blocks.size());
     nextBlockSize = std::min(nextBlockSize * 2, LARGEST_BLOCK_SIZE);
 }
 

@@ -38,6 +38,7 @@ public:
         return place;
     }
     [[nodiscard]] unsigned char* At(Place place) const noexcept {
+        assert(place.block < blocks.size() && place.index < blocks[place.block].recordCount);
         return blocks[place.block].bytes.get() + place.index * recordSize;
     }
     /// Begins the use of a record that was taken.
@@ -62,7 +63,10 @@ public:
         --pending;
     }
 
-    [[nodiscard]] bool IsInUse(Place place) const noexcept { return blocks[place.block].inUse[place.index]; }
+    [[nodiscard]] bool IsInUse(Place place) const noexcept {
+        assert(place.block < blocks.size() && place.index < blocks[place.block].recordCount);
+        return blocks[place.block].inUse[place.index];
+    }
     /// Finds a record that is in use, by any address; NOWHERE when there is none.
     [[nodiscard]] Place FindInUse(unsigned char const* record) const noexcept;
 

@@ -4,6 +4,7 @@
 #include "PropertyTable.h"
 
 #include <algorithm>
+#include <cassert>
 #include <utility>
 
 namespace Gentra {
@@ -33,6 +34,7 @@ bool PropertyTable::Insert(PropertyPtr const& property) {
     if (properties == nullptr) {
         properties = std::make_unique<Properties>();
     }
+    assert(positions.size() == properties->size());
     auto const [entry, inserted] = positions.emplace(property->GetPropertyID(), properties->size());
     if (!inserted) {
         if (PositionOf(*property) == properties->size()) {

@@ -6,6 +6,7 @@
 
 #include "gentra/properties/Member.h"
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -28,6 +29,7 @@ public:
 
     /// False when there is no room.
     [[nodiscard]] bool Add(Member member, std::uint32_t chunk) noexcept {
+        assert(AreThere());
         std::uint64_t const hash = Hash(member);
         std::uint32_t const hint = chunk << TAG_BITS | Tag(hash);
         std::size_t place = Home(hash);
@@ -47,6 +49,7 @@ public:
     /// Calls `look` with the number of each chunk in which the member may be. False when it may be in others too.
     template<class Look>
     [[nodiscard]] bool ForEach(Member member, Look const& look) const {
+        assert(AreThere());
         std::uint64_t const hash = Hash(member);
         std::size_t place = Home(hash);
         for (int tries = MOST_TRIES; table[place] != EMPTY; place = Behind(place)) {

@@ -27,6 +27,7 @@ public:
             instances.push_back(make());
         }
         T* const instance = instances[used].get();
+        assert(!uses.contains(instance));
         uses.emplace(instance, Use{used, datum});
         ++used;
         return instance;
@@ -42,8 +43,9 @@ public:
     template<class Reset>
     void GiveBack(T* instance, Reset const& reset) {
         auto const found = uses.find(instance);
-        assert(found != uses.end());
+        assert(found != uses.end() && used > 0);
         std::size_t const position = found->second.position;
+        assert(position < used && instances[position].get() == instance);
         uses.erase(found);
         --used;
         if (position < used) {

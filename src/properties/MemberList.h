@@ -57,14 +57,19 @@ public:
     // Places; none past either end.
 
     [[nodiscard]] Number Count() const noexcept { return before + static_cast<Number>(next - first); }
-    [[nodiscard]] Member At(Place place) const noexcept { return chunks[place.chunk].members[place.offset]; }
+    [[nodiscard]] Member At(Place place) const noexcept {
+        assert(place.offset < Size(place.chunk));
+        return chunks[place.chunk].members[place.offset];
+    }
     [[nodiscard]] Place First() const noexcept { return Count() > 0 ? Place{firstChunk, 0} : Place(); }
     [[nodiscard]] Place Last() const noexcept { return Count() > 0 ? Place{lastChunk, Size(lastChunk) - 1} : Place(); }
     [[nodiscard]] Place Next(Place place) const noexcept {
+        assert(place.offset < Size(place.chunk));
         return place.offset + 1 < Size(place.chunk) ? Place{place.chunk, place.offset + 1}
                                                     : Place{chunks[place.chunk].next, 0};
     }
     [[nodiscard]] Place Previous(Place place) const noexcept {
+        assert(place.offset < Size(place.chunk));
         Number const previous = chunks[place.chunk].previous;
         if (place.offset > 0) {
             return {place.chunk, place.offset - 1};
@@ -93,6 +98,7 @@ public:
         for (; position >= chunks[chunk].size; ++length) {
             position -= chunks[chunk].size;
             chunk = chunks[chunk].next;
+            assert(chunk != NONE);
         }
         if (length > LONGEST_RUN) {
             counts.clear(); // to be made afresh
@@ -151,6 +157,7 @@ public:
     void InsertAtCursor(Member member, bool behind) {
         Closed const closed(*this);
         Number const chunk = cursor.chunk;
+        assert(cursor.offset < chunks[chunk].size);
         Number const roomy = IsFull(chunk) ? MakeRoomBehind(chunk) : chunk;
         if (roomy != chunk) {
             Move(chunk, CHUNK_SIZE / 2, roomy);
@@ -166,6 +173,7 @@ public:
     Member Erase(Place place) {
         Closed const closed(*this);
         Chunk& chunk = chunks[place.chunk];
+        assert(place.offset < chunk.size && chunk.size <= before);
         Member* const at = chunk.members.get() + place.offset;
         Member const member = *at;
         std::copy(at + 1, chunk.members.get() + chunk.size, at);
@@ -199,12 +207,12 @@ public:
         }
         Closed const closed(*this);
         DropHelpers();
+        cursor = Place();
         while (firstChunk != lastChunk) {
             Unlink(lastChunk);
         }
         chunks[firstChunk].size = 0;
         before = 0;
-        cursor = Place();
     }
 
     /// Appends all members to `out`, which has room for them.
@@ -245,6 +253,7 @@ private:
     public:
         explicit Closed(MemberList& newList) noexcept : list(newList) {
             if (list.lastChunk != NONE) {
+                assert(list.first != nullptr); // it is open
                 list.chunks[list.lastChunk].size = static_cast<Number>(list.next - list.first);
                 list.before = list.Count();
                 list.first = list.next = list.limit = nullptr;
@@ -255,6 +264,7 @@ private:
         ~Closed() {
             if (list.lastChunk != NONE) {
                 Chunk const& last = list.chunks[list.lastChunk];
+                assert(list.first == nullptr && last.size <= list.before && last.next == NONE);
                 bool const unheard = !list.hints.AreThere() && list.counts.empty();
                 list.before -= last.size;
                 list.first = last.members.get();
@@ -289,6 +299,7 @@ private:
 
     /// Gives a full chunk more room, or links an empty one behind it; returns which one has room now.
     Number MakeRoomBehind(Number chunk) {
+        assert(chunk == NONE ? firstChunk == NONE : IsFull(chunk));
         if (chunk != NONE && chunks[chunk].capacity < CHUNK_SIZE) {
             auto larger = std::make_unique<Member[]>(std::size_t{2} * chunks[chunk].capacity);
             std::copy_n(chunks[chunk].members.get(), chunks[chunk].size, larger.get());
@@ -302,6 +313,7 @@ private:
         Number const newChunk = freeChunk;
         Number const following = chunk != NONE ? chunks[chunk].next : NONE;
         freeChunk = chunks[newChunk].next;
+        assert(chunks[newChunk].size == 0);
         chunks[newChunk].run = chunk != NONE ? chunks[chunk].run : 0;
         chunks[newChunk].previous = chunk;
         chunks[newChunk].next = following;
@@ -326,6 +338,7 @@ private:
     void Move(Number from, Number offset, Number to) noexcept {
         Member const* const members = chunks[from].members.get();
         Number const count = chunks[from].size - offset;
+        assert(offset <= chunks[from].size && chunks[to].size + count <= chunks[to].capacity);
         std::copy_n(members + offset, count, chunks[to].members.get() + chunks[to].size);
         for (Number i = offset; i < chunks[from].size; ++i) {
             Hint(members[i], to);
@@ -364,12 +377,14 @@ private:
             members[kept] = members[i];
             kept += stays ? 1 : 0;
         }
+        assert(counts.empty() && kept <= chunks[chunk].size);
         before -= chunks[chunk].size - kept;
         chunks[chunk].size = kept;
     }
 
-    /// Takes an empty chunk, which is not the only one, out of the list and keeps it.
+    /// Takes a chunk whose members have gone, and which is not the only one, out of the list and keeps it.
     void Unlink(Number chunk) noexcept {
+        assert(firstChunk != lastChunk && cursor.chunk != chunk);
         Number const previous = chunks[chunk].previous;
         Number const following = chunks[chunk].next;
         if (!counts.empty() && runs[chunks[chunk].run] == chunk) {

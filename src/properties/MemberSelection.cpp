@@ -11,6 +11,7 @@
 #include "gentra/pools/MemberPool.h"
 
 #include <algorithm>
+#include <cassert>
 #include <functional>
 
 namespace Gentra {
@@ -81,6 +82,7 @@ void MemberSelection::RecreateMemberVector() {
     }
     memberVector.clear();
     List().Read(memberVector);
+    assert(memberVector.size() == count);
     readUpTo = listEnd->next;
     changed = false;
     ++recreationTimeStamp;
@@ -267,6 +269,7 @@ Member MemberSelection::RemoveActiveMember() {
     } else {
         ActivateNextMember();
     }
+    assert(entries->cursor != place);
     changed = true;
     return entries->Erase(place);
 }

@@ -13,6 +13,7 @@
 #include "gentra/properties/MemberSelection.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <cstddef>
 #include <limits>
@@ -70,6 +71,7 @@ std::span<Member const> GridOrganizer::GetCell(int column, int row) const noexce
 
 /// Also of the cell behind the last one of its column, which is the first of the next.
 std::size_t GridOrganizer::IndexOf(Cell cell) const noexcept {
+    assert(cell.column >= 0 && cell.column <= columns && cell.row >= 0 && cell.row <= rows);
     return static_cast<std::size_t>(cell.column) * static_cast<std::size_t>(rows) + static_cast<std::size_t>(cell.row);
 }
 
@@ -150,6 +152,7 @@ void GridOrganizer::Refresh() {
     for (std::size_t cell = 2; cell < starts.size(); ++cell) {
         starts[cell] += starts[cell - 1];
     }
+    assert(starts.back() == members.size());
     for (std::size_t i = 0; i < members.size(); ++i) {
         cells.members[starts[cells.cellOf[i] + 1]++] = members[i];
     }
@@ -188,6 +191,7 @@ void GridOrganizer::GetMembersInRadius(MemberSelection& result, Math::Vec3 const
 template<class OnInside, class OnStraddling>
 void GridOrganizer::ForEachRun(Query const& query, OnInside const& onInside, OnStraddling const& onStraddling) const {
     enum Kind { INSIDE, STRADDLING, OUTSIDE };
+    assert(query.last.column < columns && query.last.row < rows);
     Member const* const members = cells.members.data();
     for (int column = query.first.column; column <= query.last.column; ++column) {
         float const fromColumn = cellWidth * (static_cast<float>(column) + 0.5f) - query.fromOrigin.x;
@@ -210,6 +214,7 @@ void GridOrganizer::ForEachRun(Query const& query, OnInside const& onInside, OnS
             } while (row <= query.last.row && kindOf(row) == kind);
             Member const* const first = members + starts[firstRow];
             Member const* const end = members + starts[row];
+            assert(first <= end && end <= members + cells.members.size());
             if (kind == INSIDE) {
                 onInside(first, end);
             } else if (kind == STRADDLING) {

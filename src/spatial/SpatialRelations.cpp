@@ -9,6 +9,7 @@
 #include "gentra/spatial/GridOrganizer.h"
 
 #include <algorithm>
+#include <cassert>
 #include <iterator>
 
 namespace Gentra {
@@ -46,6 +47,7 @@ SpatialOrganizer& SpatialRelations::GetSpatialOrganizer(MemberSelection& selecti
     own.current->Rebuild();
     own.current->Refresh();
     own.isFresh = true;
+    assert(own.current->GetSelection() == &selection && own.current != own.former);
     return *own.current;
 }
 

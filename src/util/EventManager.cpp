@@ -9,6 +9,7 @@
 #include "gentra/util/EventListener.h"
 
 #include <algorithm>
+#include <cassert>
 #include <functional>
 
 namespace Util {
@@ -147,6 +148,7 @@ void EventManager::Deliver(TypeKey key, Event const& event, FirstException& exce
 
 /// Puts the cursor on a position of the list in delivery, whose storage may have moved.
 void EventManager::SetCursor(std::size_t position) noexcept {
+    assert(position <= dispatchList->listeners.size());
     dispatchNext = dispatchList->listeners.data() + position;
     dispatchEnd = dispatchList->listeners.data() + dispatchList->listeners.size();
     MoveCursorPast(nullptr);
@@ -166,6 +168,7 @@ void EventManager::RemoveFrom(ListenerList& list, Place const& place) {
     auto const [first, end] = places.equal_range(place);
     for (auto each = first; each != end; ++each) {
         auto const number = std::lower_bound(list.numbers.begin(), list.numbers.end(), each->second);
+        assert(number != list.numbers.end() && *number == each->second);
         list.listeners[static_cast<std::size_t>(number - list.numbers.begin())] = nullptr;
         ++list.removed;
     }
@@ -173,12 +176,14 @@ void EventManager::RemoveFrom(ListenerList& list, Place const& place) {
 }
 
 void EventManager::Tidy(ListenerList& list) {
+    assert(list.numbers.size() == list.listeners.size());
     std::size_t kept = 0;
     for (std::size_t i = 0; i < list.listeners.size(); ++i) {
         list.listeners[kept] = list.listeners[i];
         list.numbers[kept] = list.numbers[i];
         kept += list.listeners[i] != nullptr ? 1 : 0;
     }
+    assert(kept + list.removed == list.listeners.size());
     list.listeners.resize(kept);
     list.numbers.resize(kept);
     list.removed = 0;
@@ -198,6 +203,7 @@ void EventManager::DropRecord(EventListener* listener, EventType const& type) {
 
 void EventManager::ForgetRecord(EventListener* listener) {
     auto const count = recordCounts.find(listener);
+    assert(count != recordCounts.end() && count->second > 0);
     if (--count->second == 0) {
         recordCounts.erase(count);
     }

@@ -105,17 +105,14 @@ TEST_F(Compiling, ReportsEachEntryUpToTheFirstUnlinkedOne) {
     for (char const* const name : {"wrong type", "right", "unlinked", "unseen"}) {
         Declare(behaviour, FLEXIBLE, VALUE, name);
     }
-    behaviour.linkedProperties[0] = before;
+    behaviour.linkedProperties[0] = behaviour.linkedProperties[3] = before;
     behaviour.linkedProperties[1] = ofPool;
-    behaviour.linkedProperties[3] = before;
     EXPECT_FALSE(behaviour.PushLinkedParamsToFastParams());
     EXPECT_EQ(log.Take(), (Messages{form + "PropertyType Mismatch", form + "Parameter \"unlinked\" not linked ",
                                     form + "Disabled"}));
-    ofPool->value = 20;
-    behaviour.RefreshConstants();
     EXPECT_EQ(behaviour.fastParams[1].value, 2.0f) << "entries that passed keep what they were given";
     EXPECT_FALSE(behaviour.ReadyToUse());
-    behaviour.linkedProperties[0] = behaviour.linkedProperties[2] = behaviour.linkedProperties[3] = ofPool;
+    behaviour.linkedProperties.assign(4, ofPool);
     EXPECT_TRUE(behaviour.PushLinkedParamsToFastParams());
     behaviour.ClearLinkedParameters();
     EXPECT_TRUE(behaviour.ReadyToUse()) << "clearing links does not disable";

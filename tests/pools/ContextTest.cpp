@@ -3,7 +3,6 @@
 
 #include "support/Host.h"
 
-#include <memory>
 #include <optional>
 
 namespace {
@@ -25,7 +24,6 @@ TEST(Contexts, KnowPoolsByIdAndName) {
     std::optional<Context> own(std::in_place);
     std::optional<Pool> pool("Listed");
     Context copy(*own); // hears no events
-    { Context const passing; }
     Pool later("Later");
     EXPECT_EQ(own->GetMemberPoolFromName("Listed"), &*pool);
     EXPECT_EQ(own->GetMemberPoolFromName("listed"), nullptr);
@@ -42,14 +40,10 @@ TEST(Contexts, KnowPoolsByIdAndName) {
     EXPECT_EQ(MainContext().GetMemberPoolFromID(id), &*pool) << "a taken ID";
     MainContext().ChangeMemberPoolID(id, 4711, later);
     EXPECT_EQ(MainContext().GetMemberPoolFromID(id), &*pool) << "another pool's";
-    MainContext().ChangeMemberPoolID(4711, 4712, later);
-    EXPECT_EQ(MainContext().GetMemberPoolFromID(4712), &later);
-
     pool.reset(); // under an ID that only the main context has heard of
     std::vector<MemberPool*> pools{nullptr};
     own->GetAllMemberPools(pools);
     EXPECT_EQ(pools, std::vector<MemberPool*>{&later});
-    own->ForceConstructAllMemberPools();
     own.reset();
     copy.GetAllMemberPools(pools);
     EXPECT_TRUE(pools.empty());
@@ -125,25 +119,14 @@ TEST(Contexts, StackActiveSelections) {
     }
 }
 
-TEST(Passes, BuildThoseWhoWaitThoughManyHaveGone) {
-    MessageLog const log;
-    Pool first("First");
-    std::vector<std::unique_ptr<Pool>> brief(100);
-    for (auto& pool : brief) {
-        pool = std::make_unique<Pool>("Brief");
-    }
-    brief.clear();
-    Pool last("Last");
-    Constructor const constructor([](MemberPool&) { GlobalMessageManager::OutputMessage("event"); });
-    MainContext().ForceConstructAllMemberPools();
-    EXPECT_EQ(log.Take(), Messages() + std::pair("First", 6) + std::pair("Last", 6));
-}
-
 TEST(Passes, ReportTheirStepsAndEndWhenAListenerThrows) {
     MessageLog const log;
     MainContext().ForceConstructAllMemberPools();
     EXPECT_TRUE(log.Take().empty()) << "nothing waits";
     Pool high("High");
+    for (int i = 0; i < 100; ++i) {
+        Pool const passing;
+    }
     std::optional<Pool> brief("Brief");
     std::optional<Pool> inner;
     high.SetNewMemberPoolID(1000);

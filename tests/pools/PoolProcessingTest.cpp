@@ -97,17 +97,15 @@ TEST_F(Processing, TriggersABehaviourUnlessItTakesTheTriggerForItself) {
     Compile();
     TestBehaviour caller;
     caller.FlexibleBehaviourTrigger(0, "t");
-    BehaviourProperty original("Trigger");
-    original.TriggerBehaviour(); // of nothing
-    original.SetBehaviour(live.Get());
-    RefCountPtr<BehaviourProperty> const trigger(new BehaviourProperty(original));
+    RefCountPtr<BehaviourProperty> const trigger(new BehaviourProperty("Trigger"));
+    trigger->TriggerBehaviour(); // of nothing
+    trigger->SetBehaviour(live.Get());
     caller.LinkPropertyToVisibleInterface(trigger, 0);
     caller.PushLinkedParamsToFastParams();
     caller.TriggerFlexibleBehaviour(0);
     EXPECT_EQ(live->TakeCalls(), (Calls{"trigger", "check", "trigger", "trigger", "trigger", "trigger", "trigger"}));
-    EXPECT_FALSE(pool.IsActiveMemberValid()) << "as before";
     live->work = [](TestBehaviour&) { return true; };
-    original.TriggerBehaviour();
+    BehaviourProperty(std::as_const(*trigger)).TriggerBehaviour();
     EXPECT_EQ(live->TakeCalls(), Calls{"trigger"});
     pool.InitializeMemberPool();
     live->work = [&](TestBehaviour&) {
@@ -268,93 +266,77 @@ TEST_F(Processing, LetsALiveTriggerRebuildThePoolOfItsBehaviour) {
 
 TEST_F(Processing, WalksOnForNoOtherReasonThanTheNumberAndTheEnd) {
     RefCountPtr<TestBehaviour> const behaviour(new TestBehaviour("Loose"));
+    RefCountPtr<TestBehaviour> const late(new TestBehaviour("Late"));
+    late->PushLinkedParamsToFastParams();
     behaviour->work = [&](TestBehaviour& self) {
         self.ClearBehaviour(); // of its links, not of its walk
+        if (self.calls.size() == 6) {
+            pool.LinkActiveBehaviour(late);
+        }
         return true;
     };
     pool.LinkActiveBehaviour(behaviour);
     Compile();
     pool.ProcessMemberPool();
     EXPECT_EQ(behaviour->TakeCalls(), (Calls{"check", "trigger", "trigger", "trigger", "trigger", "trigger"}));
+    EXPECT_EQ(late->calls.size(), 6u) << "linked meanwhile, run in the same frame";
 }
 
-TEST_F(Processing, KeepsBehavioursAwayFromMembersThatTheyDoNotFit) {
-    // Construction behaviours that are linked to another pool's layout, and one whose link has gone since.
-    other.AddMemberProperty(Vector("w"));
-    RefCountPtr<TestBehaviour> const astray(new TestBehaviour("Astray"));
-    RefCountPtr<TestBehaviour> const far(new TestBehaviour("Far"));
-    RefCountPtr<TestBehaviour> const near(new TestBehaviour("Near"));
-    RefCountPtr<TestBehaviour> const pointing(new TestBehaviour("Pointing"));
-    astray->MemberValue(0, "lost", SHARED_INTRINSIC, 0);
-    other.LinkMemberConstructionBehaviour(astray);
-    other.InitializeMemberPool();
-    pool.LinkMemberConstructionBehaviour(astray);
-    pool.InitializeMemberPool();
-    pool.AddMemberProperty(Value("v"));
-    other.AddMemberProperty(Value("first"));
-    other.AddMemberProperty(Vector("w"));
-    far->MemberValue(0, "far", SHARED_INTRINSIC, 0);
-    other.LinkMemberConstructionBehaviour(far);
-    pool.LinkMemberConstructionBehaviour(far);
+TEST_F(Processing, KeepsConstructionBehavioursAwayFromMembersThatTheyDoNotFit) {
     RefCountPtr<MemberSelectionProperty> const selections(new MemberSelectionProperty("s"));
+    auto const first = Value("first");
+    auto const second = Value("second");
+    other.AddMemberProperty(selections);
     Pool third("Third");
-    third.AddMemberProperty(selections);
+    third.AddMemberProperty(first);
+    third.AddMemberProperty(second);
+    RefCountPtr<TestBehaviour> const near(new TestBehaviour("Near"));
+    RefCountPtr<TestBehaviour> const far(new TestBehaviour("Far"));
+    RefCountPtr<TestBehaviour> const pointing(new TestBehaviour("Pointing"));
     near->MemberValue(0, "first", VISIBLE, 0);
-    near->LinkPropertyToVisibleInterface(other.GetPropertyFromName("first"), 0);
+    near->LinkPropertyToVisibleInterface(first, 0);
+    far->MemberValue(0, "second", VISIBLE, 0);
+    far->LinkPropertyToVisibleInterface(second, 0);
     pointing->MemberMemberSelection(0, "s", VISIBLE);
     pointing->LinkPropertyToVisibleInterface(selections, 0);
-    pool.LinkMemberConstructionBehaviour(near);
-    pool.LinkMemberConstructionBehaviour(pointing);
-    Compile();
-    pool.LinkMemberConstructionBehaviour(astray);
-    astray->PushLinkedParamsToFastParams();
-    log.Take();
-    astray->ClearLinkedParameters(); // but for the fast parameters
-    pool.AddNewMember();
-    pool.AddNewMember();
-    for (RefCountPtr<TestBehaviour> const& each : {astray, far}) {
-        EXPECT_EQ(each->TakeCalls(), Calls(2, "check"));
+    for (RefCountPtr<TestBehaviour> const& each : {near, far, pointing}) {
+        pool.LinkMemberConstructionBehaviour(each);
     }
+    Compile();
+    pool.AddNewMember();
+    pool.AddNewMember();
     EXPECT_EQ(near->TakeCalls(), (Calls{"check", "trigger", "check", "trigger"})) << "the record reaches so far";
+    EXPECT_EQ(far->TakeCalls(), Calls(2, "check"));
     EXPECT_EQ(pointing->TakeCalls(), Calls(2, "check")) << "what is no pointer there must not be taken for one";
+    near->ClearLinkedParameters(); // but for the fast parameters
+    pool.AddNewMember();
+    EXPECT_EQ(near->TakeCalls(), Calls{"check"});
     std::string const start = "Error :: PoolProcessing :: The Behaviour \"";
     std::string const rest =
         "\" can not be used for the Pool \"Pool\", because its Member Properties do not fit the Members";
-    EXPECT_EQ(log.Take(), (Messages{start + "Far" + rest, start + "Pointing" + rest, start + "Astray" + rest}))
-        << "once";
+    EXPECT_EQ(log.Take(), (Messages{start + "Far" + rest, start + "Pointing" + rest, start + "Near" + rest})) << "once";
 }
 
 /// A behaviour may work on the members of another pool: it sets `member`, and what it reads is in the record of that.
 TEST_F(Processing, LetsBehavioursReadMembersOfOtherPools) {
     auto const far = Vector("far", {1, 2, 3});
-    other.AddMemberProperty(Value("before", 7));
+    other.AddMemberProperty(Value("before"));
     other.AddMemberProperty(far);
     other.SetMemberCount(2);
-    RefCountPtr<TestBehaviour> const reading(new TestBehaviour("Reading"));
-    reading->FlexibleVec3(0, "flexible");
-    reading->MemberVec3(1, "member", VISIBLE, {});
-    reading->LinkPropertyToVisibleInterface(far, 0);
-    reading->LinkPropertyToVisibleInterface(far, 1);
-    int visits = 0;
-    reading->work = [&](TestBehaviour& self) {
-        self.member = other.GetMemberByIndex(1);
-        EXPECT_EQ(self.ReadFlexibleVec3(0).y, 2);
-        self.WriteFlexibleVec3(0, {9, 8, 7});
-        EXPECT_EQ(self.UseMemberVec3(1).y, 8);
-        EXPECT_EQ(self.ReadFlexibleConstVec3(0).y, 0);
-        self.UseMemberVec3(1).y = 2;
-        ++visits;
-        return true;
-    };
-    pool.LinkActiveBehaviour(reading);
-    Compile();
-    EXPECT_EQ(reading->fastParams[0].owner, MEMBER);
-    EXPECT_EQ(reading->fastParams[0].dataOffset, 4);
-    pool.ProcessMemberPool();
-    EXPECT_EQ(visits, 5);
+    TestBehaviour reading("Reading");
+    reading.FlexibleVec3(0, "flexible");
+    reading.MemberVec3(1, "member", VISIBLE, {});
+    reading.LinkPropertyToVisibleInterface(far, 0);
+    reading.LinkPropertyToVisibleInterface(far, 1);
+    EXPECT_TRUE(reading.PushLinkedParamsToFastParams());
+    log.Take();
+    reading.member = other.GetMemberByIndex(1);
+    EXPECT_EQ(reading.ReadFlexibleVec3(0).y, 2);
+    reading.WriteFlexibleVec3(0, {9, 8, 7});
+    EXPECT_EQ(reading.UseMemberVec3(1).y, 8);
+    EXPECT_EQ(reading.ReadFlexibleConstVec3(0).y, 0);
     EXPECT_TRUE(log.Take().empty());
     EXPECT_EQ(Datum::Read<Math::Vec3>(other.GetMemberByIndex(0).record + 4).z, 3) << "nobody else's";
-    EXPECT_EQ(Datum::Read<Math::Vec3>(other.GetMemberByIndex(1).record + 4).z, 7);
 }
 
 #if GENTRA_CHECKED
@@ -393,27 +375,6 @@ TEST_F(Processing, ReportsAccessesToMembersOfOtherPools) {
 }
 #endif
 
-TEST_F(Processing, SurvivesBehavioursThatChangeThePool) {
-    RefCountPtr<TestBehaviour> const busy(new TestBehaviour("Busy"));
-    RefCountPtr<TestBehaviour> const late(new TestBehaviour("Late"));
-    late->PushLinkedParamsToFastParams();
-    busy->work = [&](TestBehaviour& self) {
-        if (self.calls == Calls{"check", "trigger"}) {
-            pool.LinkActiveBehaviour(late);
-            pool.SetMemberCount(50);
-        } else if (self.calls.size() == 4) {
-            pool.SetMemberCount(2);
-            pool.GetAllMembers();
-        }
-        return true;
-    };
-    pool.LinkActiveBehaviour(busy);
-    Compile();
-    pool.ProcessMemberPool();
-    EXPECT_EQ(busy->calls.size(), 4u) << "the walk ends where the vector ends";
-    EXPECT_EQ(late->TakeCalls(), (Calls{"check", "trigger", "trigger"})) << "linked meanwhile, run in the same frame";
-}
-
 TEST_F(Processing, SurvivesMeddlingConstructionBehaviours) {
     RefCountPtr<TestBehaviour> const meddling(new TestBehaviour("Meddling"));
     pool.LinkMemberConstructionBehaviour(meddling);
@@ -450,8 +411,7 @@ TEST_F(Processing, SurvivesMeddlingConstructionBehaviours) {
     };
     selection.AddNewMember();
     EXPECT_EQ(selection.GetNumMembers(), 0) << "it is no member of the other pool";
-    EXPECT_EQ(pool.GetNumMembers(), 6);
-    Validator::CheckPool(pool, std::nullopt);
+    Validator::CheckPool(pool);
 }
 
 TEST_F(Processing, SamplesEmptyRunsAndTellsThatThereIsNoClock) {

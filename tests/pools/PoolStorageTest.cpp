@@ -57,31 +57,10 @@ TEST(Layouts, AreToldByNameAndType) {
     EXPECT_TRUE(v2->GetPropertyID() == (static_cast<int>(Util::String("v2").Hash()) ^ pool.GetMemberPoolID()));
     EXPECT_TRUE(pool.GetPropertyByID(v2->GetPropertyID()) == v2);
     EXPECT_TRUE(pool.GetPropertyFromName("none") == Property::NIL);
-    pool.AddPoolProperty(Value("w"));
-    EXPECT_EQ(pool.GetPropertyFromName("w")->GetPropertyOwner(), POOL) << "pool properties come first";
     Parameter unmakable;
     unmakable.MakeBehaviourParameter("b");
     pool.CreatePoolPropertyFromParameter(unmakable, 5);
-    EXPECT_EQ(pool.GetAllProperties().size(), 5u);
-}
-
-TEST(Layouts, HaveBytesWithoutAPropertyAndPropertiesWithoutBytes) {
-    Pool pool;
-    auto const twice = Value("twice", 7);
-    PropertyPtr const empty(new FixedSizeDataProperty("empty", 0, nullptr));
-    for (PropertyPtr const& property : {PropertyPtr(twice), PropertyPtr(twice), empty}) {
-        pool.AddMemberProperty(property);
-    }
-    EXPECT_EQ(twice->GetDataOffset(), 4);
-    EXPECT_EQ(empty->GetDataOffset(), 8);
-    EXPECT_TRUE(pool.GetPropertyFromName("empty") == empty);
-    for (int round = 0; round < 2; ++round) { // the second one in the same record
-        Member const member = pool.CreateNewMember();
-        EXPECT_EQ(Datum::Read<float>(member.record), 0.0f);
-        EXPECT_EQ(Datum::Read<float>(member.record + 4), 7.0f);
-        Datum::Write(member.record, 1.0f);
-        pool.DeleteMember(member);
-    }
+    EXPECT_EQ(pool.GetAllProperties().size(), 4u);
 }
 
 TEST(Layouts, RefuseProperties) {
@@ -169,18 +148,7 @@ TEST(Records, AreGivenOutAgainLastInFirstOut) {
     EXPECT_EQ(pool.CreateNewMember(), second);
     EXPECT_EQ(pool.CreateNewMember(), first);
     pool.DeleteMember(Member(std::max(first.record, second.record) + 4)); // right behind the first block
-    EXPECT_EQ(Validator::CountRecords(pool), 2);
-}
-
-TEST(Records, AreFoundInBlocksWhereverTheyLie) {
-    Pool pool; // with blocks so large that each is mapped by itself, mostly below the former one
-    pool.AddMemberProperty(new FixedSizeDataProperty("f", 500'000, nullptr));
-    pool.SetMemberCount(5);
-    Validator::CheckPool(pool, std::nullopt);
-    for (Member const member : pool.GetAllMembers()) {
-        pool.DeleteMember(member);
-    }
-    EXPECT_EQ(Validator::CountRecords(pool), 0);
+    EXPECT_EQ(Validator::RecordsInUse(pool).size(), 2u);
 }
 
 /// Throws or meddles where it is told to, and counts who is alive.
@@ -224,7 +192,7 @@ TEST(Records, AreInUseOnceTheirDataAreSetUp) {
     EXPECT_TRUE(functor.alive.empty()) << "all are deleted, whoever throws";
     functor.onCreation = functor.onDeletion = [](unsigned char*) {};
     EXPECT_EQ(pool.CreateNewMember(), member);
-    Validator::CheckPool(pool, std::set{member.record});
+    EXPECT_EQ(Validator::RecordsInUse(pool), std::set{member.record});
 }
 
 // Clearing, copying.
@@ -352,50 +320,18 @@ TEST(Pools, EndWholeThoughListenersThrow) {
     EXPECT_EQ(property->GetOwnerPool(), nullptr);
 }
 
-TEST(Pools, LetGoOfPropertiesWhoseIdWasTaken) {
-    for (bool const amongMembers : {false, true}) {
-        Pool pool;
-        PropertyPtr const first = Value("first");
-        PropertyPtr const second = Value("second");
-        int left = 0;
-        Listener const listener(Property::EVENT, [&](Util::Event const& event) { left += event.param1; });
-        for (PropertyPtr const& each : {first, second}) {
-            each->SetPropertyID(5);
-            amongMembers ? pool.AddMemberProperty(each) : pool.AddPoolProperty(each);
-        }
-        EXPECT_EQ(second->GetOwnerPool(), &pool);
-        pool.InitializeMemberPool();
-        EXPECT_EQ(second->GetOwnerPool(), nullptr);
-        EXPECT_EQ(second->GetPropertyOwner(), FLEXIBLE);
-        EXPECT_EQ(second.GetCount(), 1);
-        EXPECT_EQ(left, 1) << "without an event";
-    }
-}
-
 TEST(Pools, RemoveAndDeleteManyMembersInOneGo) {
-    MessageLog const log;
     Pool pool;
-    pool.AddMemberProperty(Value("v"));
-    pool.SetMemberCount(300);
+    pool.AddMemberProperty(new FixedSizeDataProperty("f", 500'000, nullptr)); // each block is mapped by itself
+    pool.SetMemberCount(8);
     std::vector<Member> const all = pool.GetAllMembers();
     pool.AddMember(pool, all[7]); // twice in the list
     pool.ActivateMember(7);
-    std::vector<Member> going{all[7], all[0], all[299], Member::NIL};
-    for (std::size_t i = 100; i < 200; ++i) {
-        going.push_back(all[i]);
-    }
-    pool.RemoveAndDeleteMembers(going);
-    Validator::CheckSelection(pool);
-    Validator::CheckPool(pool, std::nullopt);
-    EXPECT_EQ(Validator::CountRecords(pool), 197);
-    EXPECT_EQ(pool.GetNumMembers(), 197);
+    pool.RemoveAndDeleteMembers({all[7], all[0], Member::NIL, all[4]});
+    EXPECT_EQ(Validator::RecordsInUse(pool).size(), 5u);
+    EXPECT_EQ(pool.GetAllMembers(), (std::vector{all[1], all[2], all[3], all[5], all[6]}));
     EXPECT_EQ(pool.ActiveMember(), all[1]) << "the active one was among them";
-    EXPECT_EQ(pool.GetAllMembers()[98], all[200]);
-    EXPECT_EQ(pool.CreateNewMember(), all[199]) << "deleted in the given order";
-    pool.ActivateMember(50);
-    pool.RemoveMembers({all[1]});
-    EXPECT_EQ(pool.ActiveMember(), all[52]);
-    EXPECT_TRUE(log.Take().empty());
+    EXPECT_EQ(pool.CreateNewMember(), all[4]) << "deleted in the given order";
 }
 
 TEST(Copies, AreDetachedTwins) {
@@ -415,25 +351,18 @@ TEST(Copies, AreDetachedTwins) {
         EXPECT_EQ(copy.GetNumMembers(), 0);
         EXPECT_EQ(copy.GetAllBehaviours().size(), 1u);
         copy.SetMemberCount(40);
-        MemberSelection selection(&copy);
-        selection.AddMember(copy, copy.GetMemberByIndex(39));
         EXPECT_EQ(Datum::Read<float>(copy.GetDataFromMember(39, 1)), 4.0f);
-        EXPECT_EQ(copy.GetDataFromMemberSelectionMember(selection, 0, 1), copy.GetDataFromMember(39, 1));
+        EXPECT_EQ(copy.GetDataFromMemberSelectionMember(copy, 39, 1), copy.GetDataFromMember(39, 1));
+        EXPECT_EQ(copy.GetDataFromMemberSelectionMember(pool, 0, 0), nullptr);
         for (auto const& [member, property] : {std::pair(-1, 1), {40, 1}, {0, -1}, {0, 2}}) {
             EXPECT_EQ(copy.GetDataFromMember(member, property), nullptr);
         }
-        MemberSelection ofOriginal(&pool);
-        ofOriginal.AddMember(pool, pool.GetMemberByIndex(0));
-        EXPECT_EQ(copy.GetDataFromMemberSelectionMember(ofOriginal, 0, 0), nullptr);
         EXPECT_TRUE(copy.SetNewMemberPoolID(123));
         EXPECT_EQ(MainContext().GetMemberPoolFromID(123), nullptr);
         EXPECT_TRUE(copy.SetNewMemberPoolID(static_cast<int>(id) - 1) && copy < pool);
     }
     EXPECT_EQ(MainContext().GetMemberPoolFromID(id), &pool);
-    for (PropertyPtr const& property : pool.GetAllProperties()) {
-        EXPECT_EQ(property->GetOwnerPool(), &pool);
-    }
-    EXPECT_EQ(pool.GetAllProperties().size(), 2u);
+    EXPECT_EQ(pool.GetAllProperties()[1]->GetOwnerPool(), &pool);
     EXPECT_EQ(behaviour->GetOwnerPool(), &pool);
     EXPECT_EQ(pool.GetNumMembers(), 3);
 }

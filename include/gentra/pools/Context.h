@@ -89,7 +89,8 @@ public:
     /// Pops until the selection has been popped; all, when it is not on the stack.
     void DeactivateMemberSelection(MemberSelection& selection);
 
-    // Building.
+    // Building. Where host code throws, a pass ends and throws on: the pool that was being built stays half-filled, the
+    // pools behind it stay as they were, and all that waited go on waiting. The next pass begins anew.
 
     /// Builds the pools that wait for construction, in the order of their creation, those included that are
     /// created meanwhile. Logs "Build \"%s\" Started...", "Initializing \"%s\"", "Constructing \"%s\"",

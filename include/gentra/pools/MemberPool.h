@@ -17,6 +17,7 @@
 #include "gentra/util/WeakPtr.h"
 
 #include <array>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -272,7 +273,10 @@ private:
         explicit Use(MemberPool& newPool) noexcept : pool(newPool) { ++pool.uses; }
         Use(Use const&) = delete;
         Use& operator=(Use const&) = delete;
-        ~Use() { --pool.uses; }
+        ~Use() {
+            assert(pool.uses > 0);
+            --pool.uses;
+        }
 
     private:
         MemberPool& pool;

@@ -6,6 +6,7 @@
 
 #include "gentra/util/NoInline.h"
 
+#include <cassert>
 #include <concepts>
 #include <cstdint>
 
@@ -36,6 +37,7 @@ public:
 
     /// Drops one reference; the last one destroys the object and the block.
     void Release() {
+        assert(count > 0);
         if (--count == 0) {
             End(this);
         }
