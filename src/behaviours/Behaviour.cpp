@@ -213,11 +213,12 @@ namespace {
 
 /// The record at that position, or null with the message.
 Parameter const* RecordAt(std::vector<Parameter*> const& records, int index, char const* message) {
-    if (index < 0 || static_cast<std::size_t>(index) >= records.size()) {
+    auto const position = static_cast<std::size_t>(index); // a negative index is beyond the end
+    if (position >= records.size()) {
         GlobalMessageManager::OutputMessage(std::string(message));
         return nullptr;
     }
-    return records[static_cast<std::size_t>(index)];
+    return records[position];
 }
 
 } // namespace

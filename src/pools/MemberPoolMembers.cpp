@@ -170,8 +170,8 @@ unsigned char* MemberPool::GetDataFromMember(int memberIndex, int propertyIndex)
 unsigned char* MemberPool::GetDataFromMemberSelectionMember(MemberSelection& selection, int memberIndex,
                                                             int propertyIndex) {
     Member const member = selection.GetMemberByIndex(memberIndex);
-    auto const position = static_cast<std::size_t>(propertyIndex);
-    if (selection.GetBasePool() != this || !member.IsValid() || propertyIndex < 0 ||
+    auto const position = static_cast<std::size_t>(propertyIndex); // a negative index is beyond the end
+    if (selection.GetBasePool() != this || !member.IsValid() ||
         position >= memberProperties->Properties().All().size()) {
         return nullptr;
     }

@@ -40,7 +40,6 @@ void Path::Clear() {
     rootingMemberSelectionIDs.clear();
     destinationPropertyID = 0;
     resolveTimeStamp = 0;
-    resolved = true;
 }
 
 void Path::ClearResolvedPath() {
@@ -90,7 +89,6 @@ void Path::MakeShortestPossiblePathToProperty(Util::RefCountPtr<Property> proper
     rootPoolID = pool->GetMemberPoolID();
     rootingMemberSelectionIDs.clear();
     destinationPropertyID = property->GetPropertyID();
-    resolved = false;
     resolveTimeStamp = 0;
 }
 
@@ -107,7 +105,6 @@ void Path::SaveToStream(std::ostream& stream) const {
 
 void Path::LoadFromStream(std::istream& stream) {
     Clear();
-    resolved = false;
     if (stream.peek() == '\0') {
         stream.ignore();
     }

@@ -15,12 +15,11 @@ PropertyTable::PropertyTable() {
 
 PropertyTable::PropertyTable(PropertyTable const& other)
     : properties(other.properties != nullptr ? std::make_unique<Properties>(*other.properties) : nullptr),
-      withoutEntry(other.withoutEntry), positions(other.positions) {}
+      positions(other.positions) {}
 
 PropertyTable& PropertyTable::operator=(PropertyTable const& other) {
     PropertyTable copy(other);
     properties.swap(copy.properties);
-    withoutEntry.swap(copy.withoutEntry);
     positions.swap(copy.positions);
     return *this;
 }

@@ -24,6 +24,7 @@ public:
     using Properties = std::deque<PropertyPtr>; ///< Addresses stay: references to them are handed out.
 
     PropertyTable();
+    /// Copies hold the properties that have an entry.
     PropertyTable(PropertyTable const& other);
     PropertyTable& operator=(PropertyTable const& other);
 

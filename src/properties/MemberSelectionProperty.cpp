@@ -175,10 +175,10 @@ void MemberSelectionProperty::SetMemberSelection(MemberSelection* newSelection, 
     SetDataToMemberSelection(&newSelection, selection, index);
 }
 
-/// The selection of the owner pool's active member, or null.
+/// The selection of the owner pool's active member or, of a pool property, that of its pool data; null for none.
 MemberSelection* MemberSelectionProperty::ActiveMembersSelection() {
     MemberPool* const pool = GetOwnerPool();
-    return owner == MEMBER && pool != nullptr ? GetMemberSelection(*pool, -1) : nullptr;
+    return pool != nullptr ? GetMemberSelection(*pool, -1) : nullptr;
 }
 
 /// The selection to work on where there is none of a member: for a property that is not a member property the

@@ -12,7 +12,7 @@ namespace Util {
 EventListener::EventListener(String const& newName) : name(newName) {}
 
 EventListener::~EventListener() {
-    for (std::size_t remaining = registrations.size(); remaining > 0 && !registrations.empty(); --remaining) {
+    while (!registrations.empty()) {
         Registration const last = registrations.back();
         std::size_t const before = registrations.size();
         last.manager->RemoveListener(this, last.type);

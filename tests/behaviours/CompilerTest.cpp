@@ -50,11 +50,14 @@ TEST_F(Compiling, RefusesWrongLinks) {
     EXPECT_FALSE(behaviour.LinkPropertyToVisibleInterface(Property::NIL, 0));
     EXPECT_FALSE(behaviour.LinkPropertyToVisibleInterface(PropertyPtr(nullptr), 0));
     EXPECT_FALSE(behaviour.LinkPropertyToVisibleInterface(free, 1));
+    EXPECT_FALSE(behaviour.LinkPropertyToVisibleInterface(free, -1));
     EXPECT_TRUE(behaviour.linkedProperties == std::vector(2, Property::NIL));
     std::string const link = " :: Construction :: Parameter \"f\" could not be linked to Behaviour \"B\", because the ";
     EXPECT_EQ(log.Take(),
               (Messages{"Error" + link + "PropertyType did not match the interface.",
                         "Bug" + link + "LinkPosition is not valid.", "Bug" + link + "LinkPosition is not valid.",
+                        "Error :: Construction :: Property could not be linked to the visible Interface "
+                        "of a Behaviour, because the LinkPosition is not valid.",
                         "Error :: Construction :: Property could not be linked to the visible Interface "
                         "of a Behaviour, because the LinkPosition is not valid."}));
 }
@@ -150,6 +153,12 @@ TEST_F(Compiling, ReadsAndWritesValuesAndVectorsByKind) {
     EXPECT_EQ(Behaviour::UseMemberValueFromProperty(*ofMembers, one), 9.0f);
     EXPECT_EQ(Behaviour::UseMemberValueFromProperty(*ofMembers, pool.GetMemberByIndex(0)), 1.0f);
     EXPECT_TRUE(free->value == 9 && vectors[FLEXIBLE]->vector.x == 9);
+    behaviour.FlexibleValue(0, "e");
+    behaviour.LinkPropertyToVisibleInterface(free, 0);
+    behaviour.PushLinkedParamsToFastParams();
+    Pool later;
+    later.AddMemberProperty(free);
+    EXPECT_EQ(behaviour.ReadFlexibleConstValue(0), 0.0f) << "of members since, and none is active";
     EXPECT_TRUE(ofPool->value == 2 && vectors[POOL]->vector.x == 2);
 }
 
@@ -204,7 +213,9 @@ TEST_F(Compiling, LooksPropertiesUpByName) {
     selections->SetBasePoolFromID();
     EXPECT_EQ(behaviour.GetPropertyByName("m", 0u), ofMembers.Get());
     EXPECT_EQ(behaviour.GetPropertyByName("m", 1u), nullptr) << "not a selection";
-    EXPECT_EQ(TestBehaviour(behaviour).GetPropertyByName("m", 0u), ofMembers.Get());
+    TestBehaviour assigned;
+    assigned = TestBehaviour(behaviour);
+    EXPECT_EQ(assigned.GetPropertyByName("m", 0u), ofMembers.Get());
     behaviour.fastParams[0].property = ofMembers.Get();
     EXPECT_EQ(behaviour.GetPropertyByName("m", 0u), nullptr) << "the fast parameter decides";
     behaviour.fastParams[1].property = behaviour.linkedProperties[0].Get();

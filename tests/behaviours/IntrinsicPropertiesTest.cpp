@@ -40,7 +40,7 @@ TEST_F(Linking, RefusesABehaviourThatAPoolOwns) {
 }
 
 TEST_F(Linking, GivesUniqueIntrinsicsNamesOfTheirOwn) {
-    for (char const* const name : {"own_x", "own_01", "own_4294967296", "owner"}) {
+    for (char const* const name : {"own_x", "own_01", "own_4294967296", "own_", "owner"}) {
         pool.AddPoolProperty(Value(name));
     }
     for (char const* const name : {"own", "own_1", "own_2", "own_5"}) {
@@ -112,6 +112,9 @@ TEST_F(Linking, ReportsWhatItCannotMake) {
     EXPECT_EQ(log.Take(), (Messages{form + "POOL", form + "CONSTANT", form + "CONSTANT",
                                     "Error: PropertyFactory could not build the intrinsic property for a behaviour"}));
     EXPECT_TRUE(pool.GetAllProperties().empty());
+    std::vector<PropertyPtr> none{PropertyPtr(nullptr)};
+    behaviour->LinkIntrinsicPropertiesToInterface(none);
+    EXPECT_TRUE(log.Take().empty());
 }
 
 TEST_F(Linking, FindsOnlyTheFirstOfTwoParametersOfOneName) {

@@ -143,6 +143,7 @@ TEST(Paths, WalkByActiveMembersAndByIndices) {
 TEST(Paths, StoreSelections) {
     Map map;
     MemberSelection stored(&map.houses);
+    map.path.SetDestinationMemberSelectionNoIndices(&stored); // where no city is active
     map.cities.ActivateMember(0);
     map.StreetsOf(0).ActivateMember(1);
     map.path.SetDestinationMemberSelectionNoIndices(&stored);
@@ -324,7 +325,10 @@ TEST(Paths, AreClearedByThePropertyTheyHeldLast) {
 }
 
 TEST(Paths, ResolveAfterThePoolsAreBuilt) {
-    std::optional<Constructor> construct(std::in_place, [](MemberPool& pool) {
+    SelectionPtr const own(new MemberSelectionProperty("Own"));
+    std::optional<Constructor> construct(std::in_place, [&](MemberPool& pool) {
+        own->SetBasePoolID(pool.GetMemberPoolID());
+        pool.AddPoolProperty(own);
         PropertyPtr const speed = Value("Speed");
         speed->SetPropertyID(4711);
         pool.AddPoolProperty(speed);
@@ -333,6 +337,7 @@ TEST(Paths, ResolveAfterThePoolsAreBuilt) {
     Path path = Loaded(std::to_string(static_cast<int>(pool.GetMemberPoolID())) + " 0 4711");
     EXPECT_EQ(NameOf(path), "Waiting:Speed") << "resolving has built the pool";
     EXPECT_NE(path.GetDestinationPropertyDataNoIndices(), nullptr);
+    EXPECT_EQ(own->GetBasePool(), &pool);
     construct.reset();
     MainContext().ForceReconstructAllMemberPools();
     EXPECT_EQ(NameOf(path), UNRESOLVED) << "the pass has taken the property away";

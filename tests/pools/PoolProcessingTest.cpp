@@ -370,8 +370,13 @@ TEST_F(Processing, ReportsAccessesToMembersOfOtherPools) {
         "Error :: PoolProcessing :: The Behaviour \"Wrong\" uses a Member that is not of the Pool of "
         "its Parameter \"";
     EXPECT_EQ(log.Take(), (Messages{start + "far slot\"", start + "near slot\""}));
+    wrong.member = third.GetMemberByIndex(0);
+    EXPECT_EQ(wrong.UseMemberValue(1), 4);
+    EXPECT_TRUE(log.Take().empty());
+    wrong.ClearParameterInterface();
     wrong.member = Member::NIL;
     EXPECT_EQ(wrong.UseMemberValue(0), 0);
+    EXPECT_EQ(log.Take(), (Messages{start + "\""}));
 }
 #endif
 
@@ -414,19 +419,27 @@ TEST_F(Processing, SurvivesMeddlingConstructionBehaviours) {
     Validator::CheckPool(pool);
 }
 
-TEST_F(Processing, SamplesEmptyRunsAndTellsThatThereIsNoClock) {
+TEST_F(Processing, SamplesRunsAndTellsThatThereIsNoClock) {
     FakeCounter counter;
     MainContext().GetPerformanceProfiler().StartNewSession();
     RefCountPtr<TestBehaviour> const active(new TestBehaviour("Active"));
+    active->work = [&](TestBehaviour&) {
+        counter.now += 100;
+        return true;
+    };
     auto const elapsed = Value("TimeElapsed");
     pool.AddPoolProperty(elapsed);
     pool.LinkActiveBehaviour(active);
     Compile();
+    counter.now += 300;
+    pool.ProcessMemberPool();
+    EXPECT_NEAR(active->GetPerformaceStats().GetAvgProcessingTime(), 0.5, 1e-6);
+    EXPECT_NEAR(pool.GetPerformaceStats().GetAvgProcessingTime(), 0.5, 1e-6);
     counter.countsPerSecond = 0;
     pool.SetSingleMemberUpdateIndex(99);
     pool.ProcessMemberPool();
     MainContext().GetPerformanceProfiler().StopSession();
-    EXPECT_EQ(active->GetPerformaceStats().GetSampleCount() + pool.GetPerformaceStats().GetSampleCount(), 2u);
+    EXPECT_EQ(active->GetPerformaceStats().GetSampleCount() + pool.GetPerformaceStats().GetSampleCount(), 4u);
     EXPECT_EQ(elapsed->value, -1.0f);
 }
 

@@ -41,7 +41,9 @@ TEST(Layouts, AreToldByNameAndType) {
         parameter.MakePropertyCreationParameter(name[0] == 'w' ? VECTOR : VALUE, name, false);
         pool.CreateMemberPropertyFromParameter(parameter, 0);
     }
-    pool.AddPoolProperty(Value("pool"));
+    Parameter ofPool;
+    ofPool.MakePropertyCreationParameter(VALUE, "pool", false);
+    pool.CreatePoolPropertyFromParameter(ofPool, 4);
     for (auto const& [name, offset] : {std::pair("v1", 0), {"w", 4}, {"v2", 16}, {"pool", -1}, {"V1", -1}}) {
         EXPECT_EQ(pool.GetDataOffsetFromPropertyName(name), offset);
     }
@@ -70,11 +72,13 @@ TEST(Layouts, RefuseProperties) {
     RefCountPtr<FixedSizeDataProperty> const huge(new FixedSizeDataProperty("huge", 0xFFFFFFFFu, nullptr));
     pool.AddMemberProperty(Value("v"));
     pool.AddMemberProperty(huge);
+    pool.AddMemberProperty(new FixedSizeDataProperty("large", 0x7FFFFFFCu, nullptr));
     pool.SetMemberCount(1);
     EXPECT_TRUE(pool.AddMemberProperty(late) == Property::NIL);
     std::string const start = "Error :: Construction :: The Property \"";
     std::string const pooled = "\" could not be added to the Pool \"Pool\", because ";
     EXPECT_EQ(log.Take(), (Messages{start + "huge" + pooled + "its DataSize does not fit into a Member",
+                                    start + "large" + pooled + "its DataSize does not fit into a Member",
                                     start + "late" + pooled + "the Pool already has Members"}));
     EXPECT_EQ(huge->GetDataOffset(), -1);
     for (PropertyOwner const owner : {MEMBER, FLEXIBLE}) {
@@ -107,6 +111,7 @@ TEST(Layouts, KeepTheSizeOfUserDataThatHasAPlace) {
     pool.SetMemberCount(100);
     EXPECT_EQ(*pool.GetMemberByIndex(99).record, 1);
     pool.InitializeMemberPool();
+    pool.AddPoolProperty(block);
     block->Init("f", 4096, nullptr);
     EXPECT_EQ(block->GetDataSize(), 4096);
 }
@@ -188,7 +193,7 @@ TEST(Records, AreInUseOnceTheirDataAreSetUp) {
     EXPECT_THROW(pool.CreateNewMember(), int);
     EXPECT_EQ(functor.alive, (std::vector{member.record, member.record + 8})) << "what was created before went again";
     functor.onDeletion = [](unsigned char*) { throw 1; };
-    EXPECT_THROW(pool.DeleteMember(member), int);
+    EXPECT_THROW(pool.RemoveAndDeleteMembers({member}), int);
     EXPECT_TRUE(functor.alive.empty()) << "all are deleted, whoever throws";
     functor.onCreation = functor.onDeletion = [](unsigned char*) {};
     EXPECT_EQ(pool.CreateNewMember(), member);

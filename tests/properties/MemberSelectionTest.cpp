@@ -146,7 +146,7 @@ void CompareRandomOperations(unsigned int seed, std::size_t variety, unsigned in
         std::size_t operation = below(EDITS + 4 + growth);
         if (step / RUN % 2 != 0) {
             Edit const runs[] = {ADD, REMOVE, ADD, REMOVE_BY_INDEX};
-            operation = below(5) == 0 ? ADD : runs[step / RUN / 2];
+            operation = below(5) == 0 ? INSERT_AFTER : runs[step / RUN / 2];
         }
         if (operation == REMOVE && inRange && below(3) > 0) { // one that is there, so that long runs of removals happen
             member = *std::next(model.list.begin(), index);

@@ -63,6 +63,7 @@ TEST(Properties, StartInNoPoolUnderTheirDefaultName) {
              {new FixedSizeDataProperty(16, nullptr), FIXEDSIZEDATA, 16, "FixedSizeData Property"},
              {new TextProperty, TEXT, POINTER, "Text Property"},
              {new ValueProperty(std::string("named")), VALUE, 4, "named"},
+             {new VectorProperty(std::string("named")), VECTOR, 12, "named"},
              {new FixedSizeDataProperty("named", 8, nullptr), FIXEDSIZEDATA, 8, "named"}}) {
         Property& property = *row.property;
         EXPECT_EQ(property.GetPropertyType(), row.type);
@@ -95,6 +96,9 @@ TEST(Properties, KeepTheirPoolDataAndCopyThem) {
     Math::Vec3 position(1, 2, 3);
     vector.SetPoolData(&position);
     EXPECT_EQ(vector.GetVector().z, 3.0f);
+    value.Init("again");
+    vector.Init("again");
+    EXPECT_EQ(value.value + vector.vector.z, 0.0f);
     TestBehaviour target;
     Behaviour* pointer = &target;
     BehaviourProperty trigger;
@@ -230,9 +234,9 @@ TEST(NewMembers, ReceiveEachPropertysDefaultAndInstance) {
     EXPECT_EQ(functor.lastSize, POINTER);
     auto const* const bytes = static_cast<unsigned char const*>(block->GetDataFromMemberSelection(pool, 0));
     EXPECT_EQ(std::vector<int>(bytes, bytes + 5), (std::vector<int>{1, 0, 0, 0, 0})) << "zero bytes, then the functor";
-    text->SetDataToMemberSelection(Source(), pool, 1);
-    EXPECT_EQ(LengthOf(text->GetDataFromMemberSelection(pool, 0)), 0u);
-    EXPECT_EQ(LengthOf(text->GetDataFromMemberSelection(pool, 1)), 2u);
+    text->SetDataToMemberSelection(Source(), pool, 0);
+    EXPECT_EQ(LengthOf(text->GetDataFromMemberSelection(pool, 0)), 2u);
+    EXPECT_EQ(LengthOf(text->GetDataFromMemberSelection(pool, 1)), 0u);
     MemberSelection* const first = selections->GetMemberSelection(pool, 0);
     MemberSelection* const second = selections->GetMemberSelection(pool, 1);
     EXPECT_NE(first, second);
@@ -247,9 +251,15 @@ TEST(NewMembers, ReceiveEachPropertysDefaultAndInstance) {
     pool.AddNewMember();
     EXPECT_EQ(pool.GetMemberByIndex(1), victim);
     EXPECT_EQ(selections->GetMemberSelection(pool, 1), first) << "taken back and given out again";
+    EXPECT_EQ(LengthOf(text->GetDataFromMemberSelection(pool, 1)), 0u) << "as good as new";
+    text->SetDataToMemberSelection(Source(), pool, 1);
     pool.InitializeMemberPool();
     EXPECT_EQ(functor.alive, 4) << "clearing a pool deletes no instances";
     EXPECT_EQ(second->GetBasePool(), nullptr);
+    pool.AddMemberProperty(text);
+    pool.SetMemberCount(2);
+    EXPECT_EQ(LengthOf(text->GetDataFromMemberSelection(pool, 0)), 0u);
+    EXPECT_EQ(LengthOf(text->GetDataFromMemberSelection(pool, 1)), 0u);
 }
 
 TEST(NewMembers, HaveZeroBytesWhereAnAssignmentHasChangedTheSize) {
@@ -303,6 +313,7 @@ TEST(PoolData, AreANewSelectionForEachBuildThatOthersReferToTheFormerOneOf) {
         pool.AddPoolProperty(selections);
         pool.CompileMemberPool();
         MemberSelection* const first = Datum::Read<MemberSelection*>(selections->GetPoolData());
+        selections->SetMemberSelection(first, pool, 0); // as it is
         if (shared) {
             ofMembers->SetMemberSelection(first, other, 0);
         }
@@ -355,6 +366,13 @@ TEST(SelectionProperties, WorkOnTheActiveMemberOrOnThePoolData) {
     pool.CompileMemberPool();
     EXPECT_NE(poolSelection(), before);
     EXPECT_EQ(ofPool->GetBasePool(), &pool) << "the selection made at compile time takes the base pool over";
+    MemberSelection given(nullptr);
+    MemberSelectionProperty copy(std::as_const(*ofPool));
+    EXPECT_EQ(copy.GetBasePool(), &pool);
+    EXPECT_NE(Datum::Read<MemberSelection*>(copy.GetPoolData()), poolSelection());
+    MemberSelection* const pointer = &given;
+    copy.SetPoolData(const_cast<MemberSelection**>(&pointer));
+    EXPECT_EQ(MemberSelectionProperty(std::as_const(copy)).GetBasePool(), nullptr) << "what the host gave is shared";
     pool.SetMemberCount(1);
     pool.ActivateFirstMember();
     for (auto const& property : {ofMembers, ofPool}) {
@@ -376,7 +394,6 @@ TEST(SelectionProperties, WorkOnTheActiveMemberOrOnThePoolData) {
     ofPool->SetBasePoolFromID();
     ofPool->ClearSelection();
     EXPECT_EQ(ofPool->GetBasePool(), nullptr);
-    EXPECT_EQ(MemberSelectionProperty(std::as_const(*ofPool)).GetName(), "p");
 }
 
 TEST(PoolProperties, GetFreshInstancesWhenTheirPoolIsCompiled) {

@@ -97,6 +97,7 @@ TEST(GridLayout, AimsAtFourMembersACell) {
         EXPECT_EQ(grid.GetRows(), row.rows);
         EXPECT_FLOAT_EQ(grid.GetCellWidth(), row.cellWidth);
         EXPECT_FLOAT_EQ(grid.GetCellDepth(), row.cellDepth);
+        EXPECT_TRUE(row.rows == 1 || grid.GetCell(0, 0).size() < row.positions.size() / 2);
     }
 }
 
@@ -280,7 +281,8 @@ TEST(GridQueries, SurvivePositionsThatAreNoPlaces) {
             sorted += grid.GetCell(i / grid.GetRows(), i % grid.GetRows()).size();
         }
         EXPECT_EQ(sorted, all.size() - 2) << "whoever is no number is in no cell";
-        EXPECT_TRUE(grid.GetCell(-1, 0).empty() && grid.GetCell(0, grid.GetRows()).empty());
+        EXPECT_TRUE(grid.GetCell(-1, 0).empty() && grid.GetCell(0, -1).empty());
+        EXPECT_TRUE(grid.GetCell(grid.GetColumns(), 0).empty() && grid.GetCell(0, grid.GetRows()).empty());
     }
     EXPECT_EQ(Near(grid, {HUGE_, 0, -HUGE_}, 1).size(), 1u) << "where differences overflow";
 }
@@ -365,8 +367,10 @@ TEST(SpatialRelation, KeepsOneOrganizerASelectionUntilReset) {
         GridOrganizer* const last = &crowd.Grid();
         former.insert(last);
         MainContext().GetSpatialRelations().Reset();
+        for (GridOrganizer* const each : former) {
+            EXPECT_EQ(Near(*each, {5, 0, 5}, 100).size(), 100u);
+        }
         EXPECT_NE(last, &crowd.Grid());
-        EXPECT_EQ(Near(*last, {5, 0, 5}, 100).size(), 100u);
     }
     EXPECT_EQ(former.size(), 2u) << "in turn, however many passes there are";
 }

@@ -58,10 +58,11 @@ TEST_F(EventBus, KeepsOneTypePerHashAndSubIndex) {
 
 TEST_F(EventBus, OutlivesListenersAndTheyIt) {
     for (Recorder* const each : {&*a, &b, &b}) {
-        manager->RegisterListener(each, ROOT);
         manager->RegisterListener(each, SUB);
+        manager->RegisterListener(each, ROOT);
     }
     manager->RemoveListener(&b, SUB);
+    manager->RemoveListener(&*a, SUB);
     a.reset();
     manager->Trigger(event);
     EXPECT_EQ(log, "bb");
