@@ -140,22 +140,6 @@ std::vector<std::unique_ptr<T>> Many(int n) {
     return all;
 }
 
-/// `n` passive behaviours in one pool.
-std::vector<BehaviourPtr> Behaviours(Pool& pool, int n, bool active) {
-    std::vector<BehaviourPtr> all;
-    for (int i = 0; i < n; ++i) {
-        Util::RefCountPtr<TestBehaviour> const behaviour(new TestBehaviour);
-        behaviour->MemberMemberSelection(0, "Selection", VISIBLE);
-        Util::RefCountPtr<MemberSelectionProperty> const property(new MemberSelectionProperty("Selection"));
-        pool.AddMemberProperty(property);
-        behaviour->LinkPropertyToVisibleInterface(property, 0);
-        active ? pool.LinkActiveBehaviour(behaviour) : pool.LinkPassiveBehaviour(behaviour);
-        all.emplace_back(behaviour);
-    }
-    pool.CompileMemberPool();
-    return all;
-}
-
 /// The work of doing something n times.
 struct Row {
     char const* name;
@@ -220,24 +204,6 @@ Row const rows[] = {
      [](int n) {
          Context const second;
          return Measured([&] { DestroyAll(Many<Pool>(n), true); });
-     }},
-    {"a behaviour runs in a frame",
-     [](int n) {
-         Pool pool;
-         Behaviours(pool, n, true);
-         return Measured([&] { pool.ProcessMemberPool(); });
-     }},
-    {"a behaviour is triggered",
-     [](int n) {
-         Pool pool;
-         std::vector<BehaviourPtr> const all = Behaviours(pool, n, false);
-         BehaviourProperty trigger("Trigger");
-         return Measured([&] {
-             for (BehaviourPtr const& each : all) {
-                 trigger.SetBehaviour(each.Get());
-                 trigger.TriggerBehaviour();
-             }
-         });
      }},
     {"members with selections and texts come and go",
      [](int n) {

@@ -81,6 +81,33 @@ TEST(PropertyReferences, AreBoundByTheirIdAndByCreationOnly) {
     EXPECT_EQ(reference.GetProperty(), speed) << "bound to it already";
 }
 
+TEST(PropertyReferences, AreUnboundWhenTheirPoolGoes) {
+    enum How { UNDER_ITS_ID, UNDER_ANOTHER_ID, ONLY_ANOTHER_OF_ITS_ID };
+    for (How const how : {UNDER_ITS_ID, UNDER_ANOTHER_ID, ONLY_ANOTHER_OF_ITS_ID}) {
+        SCOPED_TRACE(how);
+        std::optional<Pool> pool(std::in_place);
+        std::optional<Pool> other(std::in_place);
+        PropertyReference reference;
+        reference.SetOwnerPoolID(pool->GetMemberPoolID());
+        if (how != UNDER_ITS_ID) {
+            pool->SetNewMemberPoolID(Util::ShortID());
+        }
+        if (how == ONLY_ANOTHER_OF_ITS_ID) {
+            other->SetNewMemberPoolID(reference.GetOwnerPoolID());
+        }
+        // That it is unbound shows also in the default that it falls back to.
+        PropertyPtr const first = Value("First");
+        PropertyPtr const second = Value("Second");
+        reference.SetDefaultProperty(first);
+        reference.SetDefaultProperty(second);
+        std::optional<Pool>(std::in_place).reset();
+        EXPECT_EQ(reference.GetProperty(), first) << "another pool";
+        (how == ONLY_ANOTHER_OF_ITS_ID ? other : pool).reset();
+        EXPECT_EQ(reference.GetOwnerPool(), nullptr);
+        EXPECT_EQ(reference.GetProperty(), second);
+    }
+}
+
 TEST(PropertyReferences, FindOutThatTheirPoolWentWithoutItsEvent) {
     // A nested event ends the delivery before it reaches the reference.
     std::optional<Pool> pool(std::in_place);

@@ -22,11 +22,6 @@ void World::Check() {
         CheckList(each->selection, each->list);
         Require(each->selection.GetBasePool() == each->pool->pool.get(), "a selection's pool");
     }
-    for (auto const& each : references) {
-        MemberPool const* const pool = each->pool != nullptr ? each->pool->pool.get() : nullptr;
-        Require(each->reference.GetOwnerPool() == pool, "a reference's pool");
-        Require(each->reference.GetProperty().Get() == each->target, "a reference's target");
-    }
     CheckProperties();
     ++checks;
 }
@@ -143,9 +138,6 @@ void World::CheckProperties() {
                 ++shares[link->property.Get()];
             }
         }
-    }
-    for (auto const& reference : references) {
-        ++shares[reference->target];
     }
     for (auto const& state : properties) {
         Property& property = *state->property;

@@ -96,6 +96,8 @@ struct PoolState {
 
     std::unique_ptr<MemberPool> pool;
     int id = 0;
+    int number = 0;    ///< In the order of creation.
+    bool waits = true; ///< For a pass.
     std::string name;
     std::vector<PropertyState*> poolTable;
     std::vector<PropertyState*> poolOnly; ///< Pool properties whose ID was taken.
@@ -119,13 +121,6 @@ struct SelectionState {
     Support::SelectionModel list;
 
     explicit SelectionState(PoolState& newPool) : pool(&newPool), selection(newPool.pool.get()) {}
-};
-
-struct ReferenceState {
-    Gentra::PropertyReference reference;
-    PropertyPtr standIn;
-    Property* target;
-    PoolState* pool = nullptr;
 };
 
 inline constexpr std::size_t MOST_POOLS = 6;
@@ -194,7 +189,7 @@ public:
 
 /// A host that does at random what hosts do, and a model of what has to come of it.
 ///
-/// Pools, properties, behaviours, selections and references come and go, also inside events and behaviours; passes
+/// Pools, properties, behaviours, selections come and go, also inside events and behaviours; passes
 /// and frames run. Each step does one operation; Check() compares everything that can be seen from outside with the
 /// model, and walks the structures inside. Both throw std::logic_error where the library and the model disagree.
 class World {
@@ -251,7 +246,9 @@ private:
 
     // Passes.
 
+    bool SomebodyWaits() const;
     void BeginPass(bool again);
+    int TurnOf(PoolState const& pool) const;
     PoolState* NextPoolOfPass();
     void KnowPools();
     void TakePoolOfPass(PoolState& pool);
@@ -286,16 +283,13 @@ private:
 
     void RunFrame(PoolState& pool);
     void BeginFrame();
-    void ApplyPassive(PoolState& pool);
 
-    // Members, selections and references.
+    // Members and selections.
 
     void Born(PoolState& pool, Member member);
     void AddMember(PoolState& pool);
     void DeleteMember(PoolState& pool);
     void ChangeSelection(MemberSelection& selection, Support::SelectionModel& list, PoolState& pool);
-
-    void ChangeReference(PoolState& pool);
 
     // Comparing.
 
@@ -304,9 +298,6 @@ private:
     void CheckPool(PoolState& pool);
     void CheckProperties();
 
-    struct PoolListener final : Support::Listener {
-        using Listener::Listener;
-    };
     struct Run {
         WorldBehaviour* behaviour;
         PoolState* pool;
@@ -319,9 +310,8 @@ private:
     struct Pass {
         bool again = false;              ///< All pools instead of those that wait.
         bool constructing = true;        ///< Else the pool-construction behaviours run.
-        std::size_t waiting = 0;         ///< How many of those that wait were taken.
-        std::optional<int> lastID;       ///< Of the pool that was taken last.
-        std::map<int, PoolState*> known; ///< By the ID that they had when the step began.
+        std::optional<int> lastTurn;     ///< Of the pool that was taken last.
+        std::map<int, PoolState*> known; ///< By the turn that they had when the step began.
         std::set<PoolState*> joined;     ///< Created meanwhile.
         PoolState* current = nullptr;    ///< Whose pool-construction behaviours run,
         std::size_t behaviour = 0;       ///< and how many of them were taken.
@@ -337,18 +327,16 @@ private:
     std::vector<WorldBehaviourPtr> behaviours;
     std::vector<std::unique_ptr<PoolState>> pools;
     std::vector<std::unique_ptr<SelectionState>> selections;
-    std::vector<std::unique_ptr<ReferenceState>> references;
     std::map<int, PropertyState*> registry; ///< What contexts know by ID.
     std::map<PropertyState*, WorldBehaviour*> triggers;
-    std::vector<PoolState*> waiting; ///< Null where a pool has gone during a pass.
     std::optional<Pass> pass;
     PoolState* frameAfterPass = nullptr; ///< The pool that was asked for a frame.
     std::deque<Run> expectedRuns;
     std::vector<Run> runs; ///< Those that are going on, inside each other.
     std::size_t runsSoFar = 0;
-    unsigned int poolsSoFar = 0;
+    int poolsSoFar = 0;
     unsigned int checks = 0;
-    std::unique_ptr<PoolListener> poolListener;
+    Support::Listener poolListener;
     Support::Listener constructListener;
 };
 

@@ -12,10 +12,9 @@ namespace Whole {
 
 World::World(Choices& newChoices, bool logToError)
     : choices(newChoices), logsToError(logToError), functor(std::make_unique<Functor>()),
+      poolListener(MemberPool::EVENT, [this](Util::Event const& event) { HandlePoolEvent(event); }),
       constructListener(MemberPool::EVENT_CONSTRUCT, [this](Util::Event const& event) { HandleConstruct(event); }) {
     counter.countsPerSecond = 60;
-    poolListener =
-        std::make_unique<PoolListener>(MemberPool::EVENT, [this](Util::Event const& event) { HandlePoolEvent(event); });
 }
 
 std::ostream& World::Note(char const* what) {
@@ -29,18 +28,17 @@ void World::Step() {
         void (World::*perform)(PoolState&);
     };
     static constexpr Operation operationsOfHosts[] = {
-        {1, &World::DestroyPool},   {1, &World::Rename},          {1, &World::ChangeID},
-        {1, &World::Construct},     {1, &World::Reconstruct},     {1, &World::BuildContent},
-        {1, &World::ChooseSingle},  {3, &World::AddMembers},      {1, &World::DeleteMember},
-        {3, &World::ChangeValue},   {1, &World::Select},          {3, &World::ChangeSomeSelection},
-        {1, &World::ChangeOwnList}, {3, &World::ChangeReference}, {2, &World::ApplyPassive},
-        {16, &World::RunFrame}};
+        {1, &World::DestroyPool},   {1, &World::Rename},      {1, &World::ChangeID},
+        {1, &World::Construct},     {1, &World::Reconstruct}, {1, &World::BuildContent},
+        {1, &World::ChooseSingle},  {3, &World::AddMembers},  {1, &World::DeleteMember},
+        {3, &World::ChangeValue},   {1, &World::Select},      {3, &World::ChangeSomeSelection},
+        {1, &World::ChangeOwnList}, {18, &World::RunFrame}};
     PoolState* const pool = SomePool();
     if (pool == nullptr || choices.OneIn(40)) {
         CreatePool();
         return;
     }
-    unsigned int choice = choices.Below(40);
+    unsigned int choice = choices.Below(37);
     Operation const* operation = operationsOfHosts;
     for (; choice >= operation->weight; ++operation) {
         choice -= operation->weight;
@@ -176,43 +174,6 @@ void World::ChangeSelection(MemberSelection& selection, Support::SelectionModel&
     if (!isPool) {
         pool.list.active = list.poolActive;
     }
-}
-
-// References.
-
-void World::ChangeReference(PoolState& pool) {
-    if (references.size() < 4 && choices.OneIn(3)) {
-        Note("make a reference");
-        PropertyPtr const standIn = Support::Value("None");
-        references.push_back(std::make_unique<ReferenceState>(ReferenceState{{}, standIn, standIn.Get(), nullptr}));
-        references.back()->reference.SetDefaultProperty(standIn);
-        poolListener = std::make_unique<PoolListener>(MemberPool::EVENT,
-                                                      [this](Util::Event const& event) { HandlePoolEvent(event); });
-        return;
-    }
-    if (references.empty()) {
-        return;
-    }
-    ReferenceState& some = *choices.OneOf(references);
-    bool changed = false;
-    if (choices.OneIn(2)) {
-        Note("refer to pool") << pool.id;
-        changed = some.reference.GetOwnerPoolID() != pool.id;
-        some.reference.SetOwnerPoolID(pool.id);
-        if (changed && some.pool != &pool) {
-            some.pool = &pool;
-            some.target = some.standIn.Get();
-        }
-    } else {
-        std::string const name = choices.OneOf(NAMES);
-        Note("refer to property") << name;
-        changed = some.reference.GetPropertyName() != name;
-        some.reference.SetPropertyName(name);
-        some.target = changed ? some.standIn.Get() : some.target;
-    }
-    PropertyState* const found =
-        changed && some.pool != nullptr ? FindByName(*some.pool, some.reference.GetPropertyName()) : nullptr;
-    some.target = found != nullptr ? found->property.Get() : some.target;
 }
 
 } // namespace Whole

@@ -41,13 +41,13 @@ void World::CreatePool() {
     }
     Note("create pool");
     PoolState* const state = pools.emplace_back(std::make_unique<PoolState>()).get();
-    waiting.push_back(state);
+    state->number = ++poolsSoFar;
     if (pass) {
         pass->joined.insert(state);
     }
     state->lastLap = counter.now;
     state->pool = std::make_unique<MemberPool>(MainContext());
-    state->id = static_cast<int>(++poolsSoFar * 7919 % 1000) + 10; // the same in each run, unlike the random one
+    state->id = state->number * 7919 % 1000 + 10; // the same in each run, unlike the random one
     Require(state->pool->SetNewMemberPoolID(state->id), "a new pool's ID");
 }
 
@@ -57,14 +57,7 @@ void World::DestroyPool(PoolState& pool) {
     std::unique_ptr<PoolState> const leaving = std::move(*owner);
     pools.erase(owner);
     if (pass) {
-        std::replace(waiting.begin(), waiting.end(), &pool, static_cast<PoolState*>(nullptr));
-    } else {
-        std::erase(waiting, &pool);
-    }
-    if (pass && pass->current == &pool) {
-        pass->current = nullptr;
-    }
-    if (pass) {
+        pass->current = pass->current == &pool ? nullptr : pass->current;
         pass->joined.erase(&pool);
         std::erase_if(pass->known, [&](auto const& each) { return each.second == &pool; });
     }
@@ -73,13 +66,6 @@ void World::DestroyPool(PoolState& pool) {
     }
     std::erase_if(selections, [&](auto const& each) { return each->pool == &pool; });
     ClearState(pool);
-    for (auto const& reference : references) {
-        if (reference->pool == &pool ||
-            (reference->pool != nullptr && reference->reference.GetOwnerPoolID() == pool.id)) {
-            reference->pool = nullptr;
-            reference->target = reference->standIn.Get();
-        }
-    }
     for (auto const& property : properties) {
         property->pool = property->pool == &pool ? nullptr : property->pool;
     }
@@ -117,18 +103,10 @@ void World::HandlePoolEvent(Util::Event const& event) {
 
 /// What the pool ought to be like after it was cleared.
 void World::ClearState(PoolState& pool) {
-    auto const leave = [&](PropertyState& property) {
-        registry.erase(property.id);
-        for (auto const& reference : references) {
-            if (reference->pool == &pool && reference->reference.GetPropertyName() == property.name) {
-                reference->target = reference->standIn.Get();
-            }
-        }
-    };
     std::vector<PropertyState*> leaving = MemberProperties(pool);
     leaving.insert(leaving.end(), pool.poolTable.begin(), pool.poolTable.end());
     for (PropertyState* const property : leaving) {
-        leave(*property);
+        registry.erase(property->id);
     }
     for (PoolState::Place const& place : pool.placesOnly) {
         leaving.push_back(place.property);
@@ -173,48 +151,50 @@ void World::ClearState(PoolState& pool) {
 
 // Passes.
 
+bool World::SomebodyWaits() const {
+    return std::any_of(pools.begin(), pools.end(), [](auto const& each) { return each->waits; });
+}
+
 void World::BeginPass(bool again) {
     pass = Pass();
     pass->again = again;
     KnowPools();
 }
 
+/// In which order the pools are built.
+int World::TurnOf(PoolState const& pool) const {
+    return pass->again ? pool.id : pool.number;
+}
+
 /// The pool that is to be built next.
 PoolState* World::NextPoolOfPass() {
-    if (!pass->again) {
-        while (pass->waiting < waiting.size() && waiting[pass->waiting] == nullptr) {
-            ++pass->waiting;
-        }
-        return pass->waiting < waiting.size() ? waiting[pass->waiting] : nullptr;
-    }
     PoolState* next = pass->known.empty() ? nullptr : pass->known.begin()->second;
-    int nextID = next != nullptr ? pass->known.begin()->first : 0;
+    int turn = next != nullptr ? pass->known.begin()->first : 0;
     for (PoolState* const pool : pass->joined) {
-        if ((!pass->lastID || pool->id > *pass->lastID) && (next == nullptr || pool->id < nextID)) {
+        if ((!pass->lastTurn || TurnOf(*pool) > *pass->lastTurn) && (next == nullptr || TurnOf(*pool) < turn)) {
             next = pool;
-            nextID = pool->id;
+            turn = TurnOf(*pool);
         }
     }
     return next;
 }
 
-/// The pools of the step that begins, by the IDs that they have now.
+/// The pools of the step that begins, by the turns that they have now.
 void World::KnowPools() {
     pass->known.clear();
     pass->joined.clear();
-    pass->waiting = 0;
-    pass->lastID.reset();
+    pass->lastTurn.reset();
     for (auto const& pool : pools) {
-        pass->known[pool->id] = pool.get();
+        if (pass->again || pool->waits) {
+            pass->known[TurnOf(*pool)] = pool.get();
+        }
     }
 }
 
 void World::TakePoolOfPass(PoolState& pool) {
-    ++pass->waiting;
-    bool const isNew = pass->joined.erase(&pool) > 0;
     auto const entry =
         std::find_if(pass->known.begin(), pass->known.end(), [&](auto const& each) { return each.second == &pool; });
-    pass->lastID = isNew || entry == pass->known.end() ? pool.id : entry->first;
+    pass->lastTurn = pass->joined.erase(&pool) > 0 ? TurnOf(pool) : entry->first;
     if (entry != pass->known.end()) {
         pass->known.erase(entry);
     }
@@ -248,13 +228,15 @@ WorldBehaviour* World::NextOfPoolConstruction(PoolState*& pool) {
 void World::EndPass() {
     PoolState* pool = nullptr;
     Require(NextOfPoolConstruction(pool) == nullptr, "a pool-construction behaviour did not run");
-    waiting.clear();
+    for (auto const& each : pools) {
+        each->waits = false;
+    }
     pass.reset();
 }
 
 void World::RunPass(bool again) {
     Note(again ? "reconstruct" : "construct");
-    if (again || !waiting.empty()) {
+    if (again || SomebodyWaits()) {
         BeginPass(again);
     }
     if (again) {
@@ -386,11 +368,6 @@ void World::Enter(PoolState& pool, PropertyState& property, bool amongMembers) {
         return;
     }
     registry.emplace(property.id, &property);
-    for (auto const& reference : references) {
-        if (reference->pool == &pool && reference->reference.GetPropertyName() == property.name) {
-            reference->target = property.property.Get();
-        }
-    }
     property.pool = &pool;
     property.owner = amongMembers ? MEMBER : POOL;
     if (!amongMembers) {

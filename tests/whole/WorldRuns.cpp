@@ -272,7 +272,7 @@ void World::RunFrame(PoolState& pool) {
     counter.now += choices.Below(80);
     Note("frame of") << pool.id;
     frameAfterPass = &pool;
-    if (pool.compiled || pool.failed || waiting.empty()) {
+    if (pool.compiled || pool.failed || !SomebodyWaits()) {
         BeginFrame();
     } else {
         BeginPass(false);
@@ -309,34 +309,6 @@ void World::BeginFrame() {
             expectedRuns.push_back(run);
         }
     }
-}
-
-void World::ApplyPassive(PoolState& pool) {
-    if (behaviours.empty()) {
-        return;
-    }
-    WorldBehaviourPtr const behaviour = choices.OneOf(behaviours);
-    unsigned int const how = choices.Below(3);
-    Note("apply behaviour") << IndexOf(behaviours, behaviour) << " to " << pool.id << " as " << how;
-    SelectionState* const some = selections.empty() ? nullptr : choices.OneOf(selections).get();
-    Run run{behaviour.Get(), &pool, {}, true};
-    if (how == 1) {
-        run.members = std::vector{pool.list.active};
-    } else if (how == 2 && some != nullptr) {
-        run.members = AsVector(some->list);
-    }
-    bool const mayRun = how != 2 || (some != nullptr && some->pool == &pool);
-    if (behaviour->pool == &pool && behaviour->ready && mayRun) {
-        expectedRuns.push_back(run);
-    }
-    if (how == 0) {
-        pool.pool->ApplyPassiveBehaviour(behaviour);
-    } else if (how == 1) {
-        pool.pool->ApplyPassiveBehaviourOnActiveMember(behaviour);
-    } else if (some != nullptr) {
-        pool.pool->ApplyBehaviourOnMemberSelection(behaviour, some->selection);
-    }
-    RequireNoMoreRuns("a behaviour did not run when it was applied");
 }
 
 } // namespace Whole
