@@ -205,7 +205,7 @@ bool Path::LeadsOnFrom(MemberSelectionProperty const& level, MemberSelection con
         return &level != MemberSelectionProperty::NIL.Get(); // everybody's
     }
     MemberPool const* const pool = selection.GetBasePool();
-    return pool != nullptr && level.GetDataOffset() >= 0 && pool->OffsetOf(level) == level.GetDataOffset();
+    return pool != nullptr && pool->OffsetOf(level) == level.GetDataOffset();
 }
 
 /// The selection that the first levels lead to, or null.

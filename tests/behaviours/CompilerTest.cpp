@@ -254,17 +254,13 @@ TEST(Execution, VisitsEveryMemberOfALargePopulationOnce) {
         members.emplace_back(&record);
     }
     std::shuffle(members.begin(), members.end(), std::mt19937(1)); // scattered, so that the walk fetches ahead
-    class Counting : public Behaviour {
-    public:
-        bool TriggerLiveBehaviour() override {
-            ++*current->record;
-            return true;
-        }
-        Member const* current = nullptr;
-    } counting;
+    TestBehaviour counting;
     counting.PushLinkedParamsToFastParams();
     Member current;
-    counting.current = &current;
+    counting.work = [&](TestBehaviour&) {
+        ++*current.record;
+        return true;
+    };
     counting.ProcessMembers(members, current);
     EXPECT_TRUE(std::all_of(records.begin(), records.end(), [](unsigned char count) { return count == 1; }));
 }

@@ -187,6 +187,8 @@ TEST(Paths, AreBuiltFromBothEnds) {
     growing.SetRootMemberPool(map.houses);
     growing.SetDestinationProperty(map.number);
     EXPECT_EQ(NameOf(growing), "Houses:Number");
+    growing.AddRootingMemberSelectionBack(map.toStreets);
+    EXPECT_EQ(NameOf(growing), "Houses:In it:Number");
     growing.AddRootingMemberSelectionFront(SelectionPtr(static_cast<MemberSelectionProperty*>(nullptr)));
     growing.SetDestinationProperty(PropertyPtr(static_cast<Property*>(nullptr)));
     MemberSelection* const ofNil = MemberSelectionProperty::NIL->GetMemberSelection(map.cities, 0);
@@ -201,7 +203,8 @@ TEST(Paths, BecomeOthersAfterTheyWereUsed) {
     for (PropertyPtr const& target : {map.number, nobodys[0], nobodys[1], nobodys[2]}) {
         bool const leads = target == map.number;
         Path shortest = map.path;
-        EXPECT_EQ(NameOf(shortest), "Cities:In it:Along it:Number");
+        shortest.SetDestinationProperty(map.toStreets);
+        EXPECT_EQ(NameOf(shortest), "Cities:In it:Along it:In it");
         shortest.MakeShortestPossiblePathToProperty(target);
         std::string const saved = Saved(shortest);
         EXPECT_EQ(saved, leads ? map.houses.ID() + " 0 " + ID(map.number) : "0 0 0");
@@ -288,6 +291,8 @@ TEST(Paths, NeverTakeOtherDataForSelections) {
     EXPECT_NE(map.path.GetDestinationPropertyDataUsingIndices(), nullptr);
     gone.reset();
     EXPECT_EQ(map.path.GetDestinationPropertyDataUsingIndices(), nullptr);
+    map.toStreets->SetMemberSelection(&orphans, map.cities, 0);
+    EXPECT_EQ(map.path.GetDestinationMemberSelectionUsingIndices(), nullptr);
 }
 
 TEST(Paths, KeepWhatTheyFoundUntilTheyResolveAgain) {

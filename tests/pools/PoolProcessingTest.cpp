@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <optional>
 #include <utility>
 
 namespace {
@@ -221,13 +222,20 @@ TEST_F(Processing, LeavesAWaitingPoolThatIsInUseWaiting) {
         void CreateInstance(unsigned char*, int) override { MainContext().ForceConstructAllMemberPools(); }
         void DeleteInstance(unsigned char*, int) override {}
     } building;
-    MainContext().ForceConstructAllMemberPools();
-    Pool late("Late");
-    late.AddMemberProperty(new FixedSizeDataProperty("f", 4, &building));
-    late.CreateNewMember();
-    EXPECT_EQ(log.Take().back(), "Error :: Context :: The Pool \"Late\" can not be built while it is in use");
-    late.ProcessMemberPool();
-    EXPECT_EQ(log.Take().front(), "Build \"Late\" Started...");
+    for (bool const isBuilt : {false, true}) {
+        std::optional<Pool> late("Late");
+        late->AddMemberProperty(new FixedSizeDataProperty("f", 4, &building));
+        late->CreateNewMember(); // the others are built
+        std::string const last = log.Take().back();
+        EXPECT_EQ(last, "Error :: Context :: The Pool \"Late\" can not be built while it is in use");
+        if (isBuilt) {
+            late->ProcessMemberPool();
+            EXPECT_EQ(log.Take().front(), "Build \"Late\" Started...");
+        }
+        late.reset();
+        MainContext().ForceConstructAllMemberPools();
+        EXPECT_TRUE(log.Take().empty());
+    }
 }
 
 TEST_F(Processing, LetsALiveTriggerRebuildThePoolOfItsBehaviour) {
@@ -279,7 +287,11 @@ TEST_F(Processing, WalksOnForNoOtherReasonThanTheNumberAndTheEnd) {
     Compile();
     pool.ProcessMemberPool();
     EXPECT_EQ(behaviour->TakeCalls(), (Calls{"check", "trigger", "trigger", "trigger", "trigger", "trigger"}));
-    EXPECT_EQ(late->calls.size(), 6u) << "linked meanwhile, run in the same frame";
+    EXPECT_EQ(late->TakeCalls().size(), 6u) << "linked meanwhile, run in the same frame";
+    pool.InitializeMemberPool();
+    pool.LinkActiveBehaviour(late);
+    pool.ProcessMemberPool();
+    EXPECT_TRUE(late->calls.empty()) << "not compiled since";
 }
 
 TEST_F(Processing, KeepsConstructionBehavioursAwayFromMembersThatTheyDoNotFit) {

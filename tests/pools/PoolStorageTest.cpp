@@ -81,6 +81,10 @@ TEST(Layouts, RefuseProperties) {
                                     start + "large" + pooled + "its DataSize does not fit into a Member",
                                     start + "late" + pooled + "the Pool already has Members"}));
     EXPECT_EQ(huge->GetDataOffset(), -1);
+    Pool full;
+    full.AddMemberProperty(Value("v"));
+    full.AddMemberProperty(new FixedSizeDataProperty("fits", 0x7FFFFFFBu, nullptr));
+    EXPECT_EQ(full.GetAllProperties().size(), 2u);
     for (PropertyOwner const owner : {MEMBER, FLEXIBLE}) {
         TestBehaviour behaviour("B");
         Parameter parameter;
@@ -111,6 +115,7 @@ TEST(Layouts, KeepTheSizeOfUserDataThatHasAPlace) {
     pool.SetMemberCount(100);
     EXPECT_EQ(*pool.GetMemberByIndex(99).record, 1);
     pool.InitializeMemberPool();
+    pool.AddPoolProperty(block);
     pool.AddPoolProperty(block);
     block->Init("f", 4096, nullptr);
     EXPECT_EQ(block->GetDataSize(), 4096);
@@ -250,6 +255,9 @@ TEST(Clearing, SurvivesListenersThatMeddle) {
     {
         Listener const throwing(Property::EVENT, [](Util::Event const&) { throw 1; });
         EXPECT_THROW(pool.InitializeMemberPool(), int);
+        PropertyPtr const refused = Value("refused");
+        EXPECT_THROW(pool.AddPoolProperty(refused), int);
+        EXPECT_TRUE(MainContext().GetPropertyByID(refused->GetPropertyID()) == Property::NIL);
     }
     EXPECT_TRUE(pool.GetAllProperties().empty()) << "carried out all the same";
 
@@ -326,17 +334,21 @@ TEST(Pools, EndWholeThoughListenersThrow) {
 }
 
 TEST(Pools, RemoveAndDeleteManyMembersInOneGo) {
-    Pool pool;
-    pool.AddMemberProperty(new FixedSizeDataProperty("f", 500'000, nullptr)); // each block is mapped by itself
-    pool.SetMemberCount(8);
-    std::vector<Member> const all = pool.GetAllMembers();
-    pool.AddMember(pool, all[7]); // twice in the list
-    pool.ActivateMember(7);
-    pool.RemoveAndDeleteMembers({all[7], all[0], Member::NIL, all[4]});
-    EXPECT_EQ(Validator::RecordsInUse(pool).size(), 5u);
-    EXPECT_EQ(pool.GetAllMembers(), (std::vector{all[1], all[2], all[3], all[5], all[6]}));
-    EXPECT_EQ(pool.ActiveMember(), all[1]) << "the active one was among them";
-    EXPECT_EQ(pool.CreateNewMember(), all[4]) << "deleted in the given order";
+    for (unsigned int const size : {4u, 500'000u}) { // of the larger ones each block is mapped by itself
+        Pool pool;
+        pool.AddMemberProperty(new FixedSizeDataProperty("f", size, nullptr));
+        pool.SetMemberCount(100);
+        std::vector<Member> const all = pool.GetAllMembers();
+        pool.AddMember(pool, all[7]); // twice in the list
+        pool.ActivateMember(7);
+        std::vector<Member> going(all.begin() + 5, all.end());
+        going.insert(going.end(), {all[0], Member::NIL, all[4]});
+        pool.RemoveAndDeleteMembers(going);
+        EXPECT_EQ(Validator::RecordsInUse(pool).size(), 3u);
+        EXPECT_EQ(pool.GetAllMembers(), (std::vector{all[1], all[2], all[3]}));
+        EXPECT_EQ(pool.ActiveMember(), all[1]) << "the active one was among them";
+        EXPECT_EQ(pool.CreateNewMember(), all[4]) << "deleted in the given order";
+    }
 }
 
 TEST(Copies, AreDetachedTwins) {

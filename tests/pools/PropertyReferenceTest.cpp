@@ -61,7 +61,7 @@ TEST(PropertyReferences, AreBoundByTheirIdAndByCreationOnly) {
     reference.SetOwnerPoolID(id);
     EXPECT_EQ(reference.GetOwnerPool(), nullptr) << "no event that binds, and an equal ID changes nothing";
     GlobalEventManager::Trigger(Util::Event(MemberPool::EVENT_CREATED, 0, 0, &*pool));
-    GlobalEventManager::Trigger(Util::Event(MemberPool::EVENT_CONSTRUCT, 0, 0, &*pool));
+    reference.HandleEvents(Util::Event(MemberPool::EVENT_CONSTRUCT, 0, 0, &*pool));
     EXPECT_EQ(reference.GetOwnerPool(), &*pool) << "nor one that lets go";
 
     // A copy has listeners of its own.

@@ -146,7 +146,11 @@ void CompareRandomOperations(unsigned int seed, std::size_t variety, unsigned in
         std::size_t operation = below(EDITS + 4 + growth);
         if (step / RUN % 2 != 0) {
             Edit const runs[] = {ADD, REMOVE, ADD, REMOVE_BY_INDEX};
-            operation = below(5) == 0 ? INSERT_AFTER : runs[step / RUN / 2];
+            int const ofRun = step % RUN - 200;
+            operation = below(5) == 0 ? INSERT_AFTER : ofRun > 0 && ofRun < 150 ? ADD : runs[step / RUN / 2];
+            operation = ofRun == 0 ? EDITS + 3 : operation;
+        } else if (operation == EDITS + 3 && below(20) > 0) {
+            operation = NEXT;
         }
         if (operation == REMOVE && inRange && below(3) > 0) { // one that is there, so that long runs of removals happen
             member = *std::next(model.list.begin(), index);
@@ -173,10 +177,8 @@ void CompareRandomOperations(unsigned int seed, std::size_t variety, unsigned in
             selection = MemberSelection(std::as_const(selection));
             break;
         case EDITS + 3:
-            if (below(20) == 0) {
-                selection.Clear();
-                model = {{}, {}, {}, {}, model.poolActive, false, false, model.stamp};
-            }
+            selection.Clear();
+            model = {{}, {}, {}, {}, model.poolActive, false, false, model.stamp};
             break;
         default:
             ASSERT_NO_THROW(EditBoth(static_cast<Edit>(operation), selection, model, pool, member, index, below(40)));

@@ -119,7 +119,10 @@ TEST(Properties, KeepTheirPoolDataAndCopyThem) {
     block.SetPoolData(bytes.data());
     EXPECT_EQ(block.GetPoolData(), first);
     EXPECT_EQ(std::memcmp(first, bytes.data(), 16), 0);
-    EXPECT_NE(FixedSizeDataProperty(std::as_const(block)).GetPoolData(), first);
+    FixedSizeDataProperty copied(std::as_const(block));
+    copied = *&copied;
+    EXPECT_NE(copied.GetPoolData(), first);
+    EXPECT_EQ(std::memcmp(copied.GetPoolData(), first, 16), 0);
 
     TextProperty text;
     text.SetPoolData(Source());
@@ -150,14 +153,12 @@ TEST(Properties, FindAMembersDatumByIndexOrActiveMember) {
     EXPECT_EQ(value->GetDataFromMemberSelection(pool, 3), nullptr);
     pool.ActivateMember(1);
     EXPECT_TRUE(value->ContainsValidData());
-    EXPECT_EQ(value->GetData(), value->GetDataFromMemberSelection(pool, 1));
     float number = 9;
     value->SetData(&number);
     value->SetDataToMemberSelection(&number, pool, 5);
     value->SetDataToMemberSelection(nullptr, pool, 0);
     EXPECT_EQ(Datum::Read<float>(value->GetDataFromMemberSelection(pool, 1)), 9.0f);
     EXPECT_EQ(Datum::Read<float>(value->GetDataFromMemberSelection(pool, 0)), 7.0f);
-    EXPECT_EQ(value->value, 7.0f) << "the default for new members stays";
 
     // Nor do they reach behind a record: in another pool, and after the layout has changed.
     VectorProperty copy(std::as_const(*vector));
@@ -407,6 +408,8 @@ TEST(PoolProperties, GetFreshInstancesWhenTheirPoolIsCompiled) {
     ASSERT_NE(block->GetPoolData(), nullptr);
     EXPECT_EQ(static_cast<unsigned char*>(block->GetPoolData())[0], 1);
     EXPECT_EQ(functor.lastSize, 3);
+    pool.CompileMemberPool();
+    EXPECT_EQ(LengthOf(text->GetData()), 0u);
 }
 
 } // namespace

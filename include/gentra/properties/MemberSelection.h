@@ -73,8 +73,8 @@ public:
     /// The member at `index` of the vector, counted from 0, or Member::NIL when there is none.
     [[nodiscard]] Member GetMemberByIndex(int index) {
         BringUpToDate();
-        auto const position = static_cast<std::size_t>(index);
-        return index >= 0 && position < memberVector.size() ? memberVector[position] : Member();
+        auto const position = static_cast<std::size_t>(index); // a negative index is beyond the end
+        return position < memberVector.size() ? memberVector[position] : Member();
     }
 
     /// Whether the vector, brought up to date, is still the one of that stamp.
