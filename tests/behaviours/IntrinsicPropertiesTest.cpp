@@ -105,25 +105,19 @@ TEST_F(Linking, ReportsWhatItCannotMake) {
     Declare(*behaviour, FLEXIBLE, VALUE, "shared", SHARED_INTRINSIC);
     Declare(*behaviour, FLEXIBLE, VALUE, "unique", UNIQUE_INTRINSIC);
     Declare(*behaviour, MEMBER, BEHAVIOUR, "b", SHARED_INTRINSIC);
+    Declare(*behaviour, POOL, VALUE, "twice", SHARED_INTRINSIC);
+    Declare(*behaviour, POOL, VALUE, "twice", SHARED_INTRINSIC);
     pool.LinkActiveBehaviour(behaviour);
     std::string const form =
         "Error: An Intrinsic Parameter of a Behaviour could not be added to the MemberPool, because it's "
         "type is neither MEMBER nor ";
     EXPECT_EQ(log.Take(), (Messages{form + "POOL", form + "CONSTANT", form + "CONSTANT",
                                     "Error: PropertyFactory could not build the intrinsic property for a behaviour"}));
-    EXPECT_TRUE(pool.GetAllProperties().empty());
+    EXPECT_EQ(Names(pool.GetAllProperties()), Strings{"twice"});
+    EXPECT_TRUE(behaviour->linkedProperties[4] == Property::NIL) << "only the first of that name is found";
     std::vector<PropertyPtr> none{PropertyPtr(nullptr)};
     behaviour->LinkIntrinsicPropertiesToInterface(none);
     EXPECT_TRUE(log.Take().empty());
-}
-
-TEST_F(Linking, FindsOnlyTheFirstOfTwoParametersOfOneName) {
-    TestPtr const behaviour = New();
-    Declare(*behaviour, POOL, VALUE, "twice", SHARED_INTRINSIC);
-    Declare(*behaviour, POOL, VALUE, "twice", SHARED_INTRINSIC);
-    pool.LinkActiveBehaviour(behaviour);
-    EXPECT_EQ(pool.GetAllProperties().size(), 1u);
-    EXPECT_TRUE(behaviour->linkedProperties[1] == Property::NIL);
 }
 
 } // namespace

@@ -17,28 +17,20 @@ class Target {
 public:
     Target() {
         pool.SetNewMemberPoolID(1);
-        Add(new MemberSelectionProperty("Member"), 2, true);
-        Add(new MemberSelectionProperty("Pool"), 3, false);
-        Add(new ValueProperty("Member value"), 4, true);
-        Add(new ValueProperty("Pool value"), 5, false);
+        RefCountPtr<MemberSelectionProperty> const selections[2];
+        RefCountPtr<Property> const properties[] = {selections[0], selections[1], new ValueProperty, new ValueProperty};
+        for (int i = 0; i < 4; ++i) {
+            properties[i]->SetPropertyID(i + 2);
+            i % 2 == 0 ? pool.AddMemberProperty(properties[i]) : pool.AddPoolProperty(properties[i]);
+        }
+        selections[0]->SetBasePoolID(1);
+        selections[1]->SetBasePoolID(1);
         pool.SetBasePoolsForMemberSelections();
         pool.SetMemberCount(3);
         pool.ActivateFirstMember();
     }
 
 private:
-    void Add(RefCountPtr<Property> const& property, int id, bool toMembers) {
-        property->SetPropertyID(id);
-        if (auto const selection = property.DynamicCast<MemberSelectionProperty>(); selection.Get() != nullptr) {
-            selection->SetBasePoolID(1);
-        }
-        if (toMembers) {
-            pool.AddMemberProperty(property);
-        } else {
-            pool.AddPoolProperty(property);
-        }
-    }
-
     MemberPool pool{ContextManager::GetMainContext()};
 };
 

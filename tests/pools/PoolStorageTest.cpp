@@ -362,11 +362,9 @@ TEST(Copies, AreDetachedTwins) {
     {
         MemberPool copy(pool);
         EXPECT_EQ(copy.GetBasePool(), &copy);
-        EXPECT_EQ(copy.GetName(), "Original");
-        EXPECT_TRUE(copy.GetMemberPoolID() == id);
+        EXPECT_TRUE(copy.GetMemberPoolID() == id && copy.GetName() == "Original");
         EXPECT_NE(copy.GetIdentityValue(), pool.GetIdentityValue());
-        EXPECT_EQ(copy.GetNumMembers(), 0);
-        EXPECT_EQ(copy.GetAllBehaviours().size(), 1u);
+        EXPECT_TRUE(copy.GetNumMembers() == 0 && copy.GetAllBehaviours().size() == 1);
         copy.SetMemberCount(40);
         EXPECT_EQ(Datum::Read<float>(copy.GetDataFromMember(39, 1)), 4.0f);
         EXPECT_EQ(copy.GetDataFromMemberSelectionMember(copy, 39, 1), copy.GetDataFromMember(39, 1));

@@ -18,10 +18,6 @@ void World::Check() {
         CheckPool(*pool);
     }
     CheckStructures();
-    for (auto const& each : selections) {
-        CheckList(each->selection, each->list);
-        Require(each->selection.GetBasePool() == each->pool->pool.get(), "a selection's pool");
-    }
     CheckProperties();
     ++checks;
 }
@@ -32,9 +28,6 @@ void World::CheckStructures() const {
             Validator::CheckPool(*each->pool);
             Validator::CheckSelection(*each->pool);
         }
-    }
-    for (auto const& each : selections) {
-        Validator::CheckSelection(each->selection);
     }
 }
 
@@ -56,12 +49,12 @@ void World::CheckContexts() {
     }
 }
 
-void World::CheckList(MemberSelection& selection, Support::SelectionModel& list) {
-    Require(selection.GetNumMembers() == static_cast<int>(list.list.size()), "the number of entries");
-    Require(selection.ActiveMember() == list.active, "the active member");
-    Require(selection.FirstMemberActive() == (list.cursorValid && list.cursor == list.list.begin()), "the cursor");
+void World::CheckList(MemberPool& pool, Support::SelectionModel& list) {
+    Require(pool.GetNumMembers() == static_cast<int>(list.list.size()), "the number of entries");
+    Require(pool.ActiveMember() == list.active, "the active member");
+    Require(pool.FirstMemberActive() == (list.cursorValid && list.cursor == list.list.begin()), "the cursor");
     if (checks % 4 == 0) { // reading brings the vector up to date, which is to happen at any time
-        Require(selection.GetAllMembers() == AsVector(list), "the entries");
+        Require(pool.GetAllMembers() == AsVector(list), "the entries");
     }
 }
 

@@ -107,20 +107,10 @@ struct PoolState {
     bool hasRecords = false;
     bool compiled = false;
     bool failed = false;
-    int single = -1;
     std::int64_t lastLap = 0;
     Behaviours active, passive, onMember, onPool;
     std::map<unsigned char*, std::map<int, Floats>> members; ///< Values and vectors by record and offset.
     Support::SelectionModel list;
-};
-
-/// A selection of the host.
-struct SelectionState {
-    PoolState* pool;
-    MemberSelection selection;
-    Support::SelectionModel list;
-
-    explicit SelectionState(PoolState& newPool) : pool(&newPool), selection(newPool.pool.get()) {}
 };
 
 inline constexpr std::size_t MOST_POOLS = 6;
@@ -189,7 +179,7 @@ public:
 
 /// A host that does at random what hosts do, and a model of what has to come of it.
 ///
-/// Pools, properties, behaviours, selections come and go, also inside events and behaviours; passes
+/// Pools, properties, behaviours and members come and go, also inside events and behaviours; passes
 /// and frames run. Each step does one operation; Check() compares everything that can be seen from outside with the
 /// model, and walks the structures inside. Both throw std::logic_error where the library and the model disagree.
 class World {
@@ -227,11 +217,7 @@ private:
 
     std::ostream& Note(char const* what);
     void Rename(PoolState& pool);
-    void ChooseSingle(PoolState& pool);
     void AddMembers(PoolState& pool);
-    void Select(PoolState& pool);
-    void ChangeSomeSelection(PoolState& pool);
-    void ChangeOwnList(PoolState& pool) { ChangeSelection(*pool.pool, pool.list, pool); }
 
     // Pools.
 
@@ -284,17 +270,17 @@ private:
     void RunFrame(PoolState& pool);
     void BeginFrame();
 
-    // Members and selections.
+    // Members.
 
     void Born(PoolState& pool, Member member);
     void AddMember(PoolState& pool);
     void DeleteMember(PoolState& pool);
-    void ChangeSelection(MemberSelection& selection, Support::SelectionModel& list, PoolState& pool);
+    void ChangeList(PoolState& pool);
 
     // Comparing.
 
     void CheckContexts();
-    void CheckList(MemberSelection& selection, Support::SelectionModel& list);
+    void CheckList(MemberPool& pool, Support::SelectionModel& list);
     void CheckPool(PoolState& pool);
     void CheckProperties();
 
@@ -304,7 +290,6 @@ private:
         std::optional<std::vector<Member>> members; ///< Without a value all that the pool lists by then.
         bool prepared = true;                       ///< Whether the constants are refreshed before.
         bool ofNewMember = false;
-        bool onNobody = false;
     };
     /// The pass that runs, if any, and how far it is.
     struct Pass {
@@ -326,7 +311,6 @@ private:
     std::vector<std::unique_ptr<PropertyState>> properties;
     std::vector<WorldBehaviourPtr> behaviours;
     std::vector<std::unique_ptr<PoolState>> pools;
-    std::vector<std::unique_ptr<SelectionState>> selections;
     std::map<int, PropertyState*> registry; ///< What contexts know by ID.
     std::map<PropertyState*, WorldBehaviour*> triggers;
     std::optional<Pass> pass;

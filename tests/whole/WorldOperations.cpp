@@ -28,17 +28,15 @@ void World::Step() {
         void (World::*perform)(PoolState&);
     };
     static constexpr Operation operationsOfHosts[] = {
-        {1, &World::DestroyPool},   {1, &World::Rename},      {1, &World::ChangeID},
-        {1, &World::Construct},     {1, &World::Reconstruct}, {1, &World::BuildContent},
-        {1, &World::ChooseSingle},  {3, &World::AddMembers},  {1, &World::DeleteMember},
-        {3, &World::ChangeValue},   {1, &World::Select},      {3, &World::ChangeSomeSelection},
-        {1, &World::ChangeOwnList}, {18, &World::RunFrame}};
+        {1, &World::DestroyPool}, {1, &World::Rename},       {1, &World::ChangeID},   {1, &World::Construct},
+        {1, &World::Reconstruct}, {1, &World::BuildContent}, {3, &World::AddMembers}, {1, &World::DeleteMember},
+        {3, &World::ChangeValue}, {4, &World::ChangeList},   {19, &World::RunFrame}};
     PoolState* const pool = SomePool();
     if (pool == nullptr || choices.OneIn(40)) {
         CreatePool();
         return;
     }
-    unsigned int choice = choices.Below(37);
+    unsigned int choice = choices.Below(36);
     Operation const* operation = operationsOfHosts;
     for (; choice >= operation->weight; ++operation) {
         choice -= operation->weight;
@@ -52,32 +50,13 @@ void World::Rename(PoolState& pool) {
     pool.pool->SetName(pool.name);
 }
 
-void World::ChooseSingle(PoolState& pool) {
-    pool.single = static_cast<int>(choices.Below(12)) - 8;
-    Note("single member") << pool.id << ": " << pool.single;
-    pool.pool->SetSingleMemberUpdateIndex(pool.single);
-}
-
 void World::AddMembers(PoolState& pool) {
     for (unsigned int i = choices.Below(8); i > 0; --i) {
         AddMember(pool);
     }
 }
 
-void World::Select(PoolState& pool) {
-    Note("select in") << pool.id;
-    selections.push_back(std::make_unique<SelectionState>(pool));
-}
-
-void World::ChangeSomeSelection(PoolState& pool) {
-    if (selections.empty()) {
-        return ChangeOwnList(pool);
-    }
-    SelectionState& some = *choices.OneOf(selections);
-    ChangeSelection(some.selection, some.list, *some.pool);
-}
-
-// Members and selections.
+// Members.
 
 /// A new member's data.
 void World::Born(PoolState& pool, Member member) {
@@ -129,22 +108,14 @@ void World::DeleteMember(PoolState& pool) {
     }
     Member const victim = AsVector(pool.list)[choices.Below(pool.list.list.size())];
     Note("delete member from") << pool.id;
-    auto const remove = [&](MemberSelection& selection, Support::SelectionModel& model) {
-        while (std::find(model.list.begin(), model.list.end(), victim) != model.list.end()) {
-            model.Remove(victim);
-            selection.RemoveMember(victim);
-        }
-        if (model.active == victim) { // as the host had it
-            model.Activate(model.list.end());
-            selection.ClearActiveMember();
-        }
-    };
-    for (auto const& selection : selections) {
-        if (selection->pool == &pool) {
-            remove(selection->selection, selection->list);
-        }
+    while (std::find(pool.list.list.begin(), pool.list.list.end(), victim) != pool.list.list.end()) {
+        pool.list.Remove(victim);
+        pool.pool->RemoveMember(victim);
     }
-    remove(*pool.pool, pool.list);
+    if (pool.list.active == victim) { // as the host had it
+        pool.list.Activate(pool.list.list.end());
+        pool.pool->ClearActiveMember();
+    }
     pool.pool->DeleteMember(victim);
     pool.members.erase(victim.record);
     for (PoolState::Place const& place : pool.memberTable) {
@@ -152,28 +123,17 @@ void World::DeleteMember(PoolState& pool) {
     }
 }
 
-void World::ChangeSelection(MemberSelection& selection, Support::SelectionModel& list, PoolState& pool) {
-    // A member that no list holds could not be found again to be deleted, so the pool itself only reorders.
-    bool const isPool = &selection == pool.pool.get();
-    auto const edit = static_cast<Support::Edit>(choices.Below(isPool ? Support::ADD_MANY : Support::EDITS));
-    Note("selection operation") << edit << " in " << pool.id;
-    Member member;
-    if (!pool.members.empty()) {
-        auto entry = pool.members.begin();
-        std::advance(entry, choices.Below(pool.members.size()));
-        member = Member(entry->first);
-    }
-    auto const index = static_cast<int>(choices.Below(list.list.size() + 1));
-    bool const grows = edit >= Support::INSERT_AFTER && edit <= Support::ADD_MANY;
-    if (grows && (!member.IsValid() || list.list.size() >= MOST_MEMBERS)) {
+/// A member that the pool does not list could not be found again to be deleted, so none is removed here.
+void World::ChangeList(PoolState& pool) {
+    auto const edit = static_cast<Support::Edit>(choices.Below(Support::ADD_MANY));
+    Note("list operation") << edit << " in " << pool.id;
+    bool const grows = edit >= Support::INSERT_AFTER;
+    if (grows && (pool.list.list.empty() || pool.list.list.size() >= MOST_MEMBERS)) {
         return;
     }
-    // Moving on, also from a removed member, makes the next one the pool's active member.
-    list.poolActive = pool.list.active;
-    Support::EditBoth(edit, selection, list, *pool.pool, member, index, choices.Below(4));
-    if (!isPool) {
-        pool.list.active = list.poolActive;
-    }
+    auto const index = static_cast<int>(choices.Below(pool.list.list.size() + 1));
+    Member const member = grows ? AsVector(pool.list)[choices.Below(pool.list.list.size())] : Member();
+    Support::EditBoth(edit, *pool.pool, pool.list, *pool.pool, member, index, 0);
 }
 
 } // namespace Whole

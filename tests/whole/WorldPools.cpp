@@ -64,7 +64,6 @@ void World::DestroyPool(PoolState& pool) {
     if (frameAfterPass == &pool) {
         frameAfterPass = nullptr;
     }
-    std::erase_if(selections, [&](auto const& each) { return each->pool == &pool; });
     ClearState(pool);
     for (auto const& property : properties) {
         property->pool = property->pool == &pool ? nullptr : property->pool;
@@ -125,12 +124,6 @@ void World::ClearState(PoolState& pool) {
             for (WorldBehaviour::Slot& slot : behaviour->slots) {
                 slot.link = nullptr;
             }
-        }
-    }
-    for (auto const& selection : selections) {
-        if (selection->pool == &pool) {
-            selection->selection.Clear();
-            selection->list = Support::SelectionModel();
         }
     }
     for (auto const& [record, data] : pool.members) {

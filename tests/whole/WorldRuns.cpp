@@ -77,7 +77,7 @@ PoolState* World::BeginRun(WorldBehaviour& behaviour, std::vector<Member> const&
 void World::DropRunsOnNobody() {
     while (!expectedRuns.empty() && expectedRuns.front().prepared) {
         Run const& next = expectedRuns.front();
-        if (!next.onNobody && Fits(*next.pool, *next.behaviour, next.ofNewMember)) {
+        if (Fits(*next.pool, *next.behaviour, next.ofNewMember)) {
             return;
         }
         RefreshConstants(*next.behaviour);
@@ -112,9 +112,9 @@ void World::EndRun(PoolState& pool, bool visited, Member last) {
             DestroyPool(*other);
         } else if (turn == 1) {
             CreatePool();
-        } else if (pool.single < 0 && turn == 2 && !runs.back().ofNewMember) {
+        } else if (turn == 2 && !runs.back().ofNewMember) {
             DeleteMember(pool);
-        } else if (pool.single < 0) {
+        } else {
             AddMember(pool);
         }
         // The vector that is being processed is brought up to date for the behaviours that follow.
@@ -299,14 +299,8 @@ void World::BeginFrame() {
         }
     }
     for (WorldBehaviour* const behaviour : pool->active) {
-        auto const index = static_cast<std::size_t>(pool->single);
-        Run run{behaviour, pool, {}, true};
-        run.onNobody = pool->single >= 0 && index >= pool->list.list.size();
-        if (pool->single >= 0 && !run.onNobody) {
-            run.members = std::vector{AsVector(pool->list)[index]};
-        }
         if (behaviour->ready) {
-            expectedRuns.push_back(run);
+            expectedRuns.push_back({behaviour, pool, {}, true});
         }
     }
 }
