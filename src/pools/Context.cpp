@@ -3,6 +3,8 @@
 
 #include "gentra/pools/Context.h"
 
+#include "../util/FirstException.h"
+
 #include "gentra/pools/MemberPool.h"
 #include "gentra/pools/Path.h"
 #include "gentra/properties/Property.h"
@@ -14,6 +16,7 @@
 #include <algorithm>
 #include <cassert>
 #include <optional>
+#include <utility>
 
 namespace Gentra {
 
@@ -258,14 +261,15 @@ void Context::HandlePropertyLeft(Util::RefCountPtr<Property> const& property) {
     }
 }
 
-/// Hands out new tickets: to all that wait or, after a pass, to those that it has left out.
+/// Hands out new tickets: to all that wait or, after a pass, to those that it has left out or could not build.
 void Context::EndWaiting(bool isPassOver) {
     std::vector<Registration*> stillWaiting;
     for (auto& entry : poolsByID) {
         Registration& registration = entry.second;
         MemberPool const* const pool = registration.pool;
-        if (registration.ticket != NOT_WAITING && pool != nullptr &&
-            (!isPassOver || pool->IsInUse() || pool->clearing)) {
+        bool const waits = registration.ticket != NOT_WAITING && pool != nullptr;
+        bool const wasLeftOut = waits && isPassOver && (pool->IsInUse() || pool->clearing);
+        if (wasLeftOut || (waits && !isPassOver) || std::exchange(registration.isUnbuilt, false)) {
             stillWaiting.push_back(&registration);
         } else {
             registration.ticket = NOT_WAITING;
@@ -283,31 +287,31 @@ void Context::EndWaiting(bool isPassOver) {
 // Building.
 
 /// In list order, also over pools that join the list or go meanwhile.
-void Context::ForEachWaitingPool(void (*action)(MemberPool& pool)) {
+void Context::ForEachWaitingPool(StepOfPass step, Util::FirstException& exception) {
     for (std::size_t i = 0; i < waitingPools.size(); ++i) {
         if (MemberPool* const pool = waitingPools[i]) {
-            action(*pool);
+            (this->*step)(*pool, exception);
         }
     }
 }
 
 /// Ascending by ID, also over pools that come, go or change their ID meanwhile.
-void Context::ForEachPool(void (*action)(MemberPool& pool)) {
-    struct Step {
+void Context::ForEachPool(StepOfPass step, Util::FirstException& exception) {
+    struct Turns {
         Context& context;
         Agenda agenda;
         Agenda* const outer; ///< Of the pass around this one: a new context permits passes inside passes.
-        explicit Step(Context& newContext) : context(newContext), outer(newContext.agenda) {
+        explicit Turns(Context& newContext) : context(newContext), outer(newContext.agenda) {
             for (auto const& entry : context.poolsByID) {
                 agenda.known.emplace(entry.first, entry.second.pool);
             }
             context.agenda = &agenda;
         }
-        ~Step() { context.agenda = outer; }
-    } step(*this);
-    for (PoolPtr next; step.agenda.TakeNext(next);) {
+        ~Turns() { context.agenda = outer; }
+    } turns(*this);
+    for (PoolPtr next; turns.agenda.TakeNext(next);) {
         if (MemberPool* const pool = next) {
-            action(*pool);
+            (this->*step)(*pool, exception);
         }
     }
 }
@@ -339,9 +343,38 @@ void Context::BuildMemberPool(MemberPool& pool) {
     GlobalMessageManager::OutputMessage("Building \"%s\" completed", pool.GetName().c_str());
 }
 
-void Context::ConstructMemberPool(MemberPool& pool) {
-    if (!pool.IsInUse() && !pool.clearing) { // else it was not built either
-        pool.TriggerPoolConstructor();
+/// Also where the context knows the pool by a former ID; null when it does not know it.
+Context::Registration* Context::FindRegistration(MemberPool const& pool) {
+    auto const isSame = [&](auto const& entry) { return entry.second.pool.Get() == &pool; };
+    auto found = poolsByID.find(pool.GetMemberPoolID());
+    if (found == poolsByID.end() || !isSame(*found)) {
+        found = std::find_if(poolsByID.begin(), poolsByID.end(), isSame);
+    }
+    return found != poolsByID.end() ? &found->second : nullptr;
+}
+
+void Context::TryToBuildMemberPool(MemberPool& pool, Util::FirstException& exception) {
+    PoolPtr const alive = pool.GetWeakPtr();
+    bool isThrough = false;
+    exception.During([&] {
+        BuildMemberPool(pool);
+        isThrough = true;
+    });
+    if (isThrough || alive.Get() == nullptr) {
+        return;
+    }
+    GlobalMessageManager::OutputMessage("Error :: Context :: An exception was thrown while the Pool \"%s\" was built",
+                                        pool.GetName().c_str());
+    if (Registration* const registration = FindRegistration(pool)) {
+        registration->isUnbuilt = true;
+    }
+}
+
+void Context::ConstructMemberPool(MemberPool& pool, Util::FirstException& exception) {
+    Registration const* const registration = FindRegistration(pool);
+    bool const isUnbuilt = pool.IsInUse() || pool.clearing || (registration != nullptr && registration->isUnbuilt);
+    if (!isUnbuilt) {
+        exception.During([&] { pool.TriggerPoolConstructor(); });
     }
 }
 
@@ -358,11 +391,13 @@ void Context::ForceConstructAllMemberPools() {
         return;
     }
     BuildGuard const guard;
+    Util::FirstException exception;
     spatialRelations.Reset();
-    ForEachWaitingPool(BuildMemberPool);
-    SetBasePoolsForMemberSelections();
-    ForEachWaitingPool(ConstructMemberPool);
+    ForEachWaitingPool(&Context::TryToBuildMemberPool, exception);
+    exception.During([this] { SetBasePoolsForMemberSelections(); });
+    ForEachWaitingPool(&Context::ConstructMemberPool, exception);
     EndWaiting(true);
+    exception.ThrowOn();
 }
 
 void Context::ForceReconstructAllMemberPools() {
@@ -370,12 +405,14 @@ void Context::ForceReconstructAllMemberPools() {
         return;
     }
     BuildGuard const guard;
+    Util::FirstException exception;
     spatialRelations.Reset();
-    ForEachPool(BuildMemberPool);
-    SetBasePoolsForMemberSelections();
-    ForEachPool(ConstructMemberPool);
+    ForEachPool(&Context::TryToBuildMemberPool, exception);
+    exception.During([this] { SetBasePoolsForMemberSelections(); });
+    ForEachPool(&Context::ConstructMemberPool, exception);
     EndWaiting(true);
     Path::ForceGlobalPathResolve();
+    exception.ThrowOn();
 }
 
 } // namespace Gentra

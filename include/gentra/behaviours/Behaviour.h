@@ -156,7 +156,8 @@ public:
 
     // Linking and compiling.
 
-    /// Links a property at a position of the visible interface. False, with nothing changed: silently for
+    /// Links a property at a position of the visible interface, in place of the one that is linked there. What has been
+    /// compiled stays until PushLinkedParamsToFastParams() is called. False, with nothing changed: silently for
     /// Property::NIL, and for null at a good position; with a "Construction" message for a bad position or a property
     /// of another type.
     bool LinkPropertyToVisibleInterface(Util::RefCountPtr<Property> const& property, int visibleIndex);

@@ -21,7 +21,8 @@
 
 namespace Util {
 struct Event;
-}
+class FirstException;
+} // namespace Util
 
 namespace Gentra {
 
@@ -89,8 +90,9 @@ public:
     /// Pops until the selection has been popped; all, when it is not on the stack.
     void DeactivateMemberSelection(MemberSelection& selection);
 
-    // Building. Where host code throws, a pass ends and throws on: the pool that was being built stays half-filled, the
-    // pools behind it stay as they were, and all that waited go on waiting. The next pass begins anew.
+    // Building. Where host code throws, the pass goes on with the other pools, and throws the first exception on in the
+    // end. "Error :: Context :: An exception was thrown while the Pool \"%s\" was built" is logged, and that pool waits
+    // again: the next pass, or its next frame, builds it anew.
 
     /// Builds the pools that wait for construction, in the order of their creation, those included that are
     /// created meanwhile. Logs "Build \"%s\" Started...", "Initializing \"%s\"", "Constructing \"%s\"",
@@ -122,6 +124,7 @@ private:
     struct Registration {
         PoolPtr pool;
         std::size_t ticket = NOT_WAITING; ///< Its position among the waiting pools.
+        bool isUnbuilt = false;           ///< The pass that is going on could not build it.
     };
 
     void HandleEvents(Util::Event const& event);
@@ -132,11 +135,15 @@ private:
     void Forget(std::map<Util::ShortID, Registration>::iterator entry);
     void EndWaiting(bool isPassOver);
 
+    using StepOfPass = void (Context::*)(MemberPool& pool, Util::FirstException& exception);
+
+    [[nodiscard]] Registration* FindRegistration(MemberPool const& pool);
     static void BuildMemberPool(MemberPool& pool);
-    static void ConstructMemberPool(MemberPool& pool);
+    void TryToBuildMemberPool(MemberPool& pool, Util::FirstException& exception);
+    void ConstructMemberPool(MemberPool& pool, Util::FirstException& exception);
     void SetBasePoolsForMemberSelections();
-    void ForEachPool(void (*action)(MemberPool& pool));
-    void ForEachWaitingPool(void (*action)(MemberPool& pool));
+    void ForEachPool(StepOfPass step, Util::FirstException& exception);
+    void ForEachWaitingPool(StepOfPass step, Util::FirstException& exception);
 
     static bool buildGuard; ///< Set while a pass runs.
 

@@ -66,7 +66,7 @@ class PropertyTable;
 /// can be added to the Pool \"%s\" while it is cleared". For a pool that is being destroyed that lasts to its end.
 ///
 /// Host code may throw. Whatever the pool was doing is then brought to an end or taken back, whichever leaves it sound,
-/// and the first exception is passed on: events reach the other listeners all the same, a clearing is carried out
+/// and the first exception is passed on: events reach the other listeners as they do without one, a clearing is carried out
 /// whole, a property that was announced is announced to have left, a member whose data could not be set up goes again,
 /// and a member's instances are all deleted. A destructor passes nothing on; it logs "Error :: MemberPool :: An
 /// exception was thrown while the Pool \"%s\" was destroyed".
@@ -184,7 +184,8 @@ public:
     /// returns Member::NIL.
     void DeleteMember(Member member);
     /// Takes the members out of the pool's list (RemoveMembers()) and deletes them, in the given order. The time it
-    /// takes grows with the length of the list once, not with each member.
+    /// takes grows with the length of the list once, not with each member. A vector of members that was read before
+    /// still has them: in the middle of a frame call GetAllMembers() next, so that the behaviours to come meet none.
     void RemoveAndDeleteMembers(std::vector<Member> const& members);
     /// Whether the member is one of this pool's, listed or not; any address may be asked for.
     [[nodiscard]] bool HasMember(Member member) const noexcept;
@@ -219,7 +220,7 @@ public:
     /// Links a behaviour that runs when it is applied or triggered.
     void LinkPassiveBehaviour(Util::RefCountPtr<Behaviour> const& behaviour);
     /// Links a behaviour that runs on every new member. It may serve several pools, and runs where the
-    /// members it is linked to fit the layout.
+    /// members it is linked to fit the layout; the first of these pools makes the properties of its intrinsic slots.
     void LinkMemberConstructionBehaviour(Util::RefCountPtr<Behaviour> const& behaviour);
     /// Links a behaviour that runs once at the end of the pass that builds the pool.
     void LinkPoolConstructionBehaviour(Util::RefCountPtr<Behaviour> const& behaviour);
@@ -233,7 +234,8 @@ public:
 
     /// One frame: builds the pool if need be, writes the seconds since it was written last, at most 1 (-1 without a
     /// clock), to the value of the property "TimeElapsed" if there is one, and runs the active behaviours over all
-    /// members.
+    /// members: over the vector that GetAllMembers() gives at the beginning, and that it brings up to date whenever it is
+    /// called meanwhile.
     void ProcessMemberPool();
     /// From now on frames process only the member at that index; a negative index stands for all members.
     void SetSingleMemberUpdateIndex(int index) noexcept { singleMemberUpdateIndex = index; }

@@ -63,8 +63,9 @@ public:
     [[nodiscard]] int GetNumMembers() const noexcept { return static_cast<int>(Count()); }
 
     /// A vector of all members in order. The reference stays valid as long as the selection; its contents change at the
-    /// next rebuild (any reading operation after a change) and at Clear(). What a caller does to the vector is seen
-    /// until then by GetMemberByIndex() and by the behaviours that run over it, and by nobody else.
+    /// next rebuild (any reading operation after a change) and at Clear(). What a caller does to the vector changes no
+    /// list, but until then all see it who read the vector: GetMemberByIndex(), behaviours that run over it, organizers,
+    /// copies. To sort or prune, take a copy.
     std::vector<Member>& GetAllMembers() {
         BringUpToDate();
         return memberVector;
