@@ -220,7 +220,7 @@ void Register() {
         benchmark::RegisterBenchmark("frame-shape", ByHand, CREATED, true)->Arg(size);
         std::string const n = "/" + std::to_string(size);
         std::string const label = "frame " + std::to_string(size) + ": ";
-        Bench::CompareTimes(label + "default path / same shape by hand", "frame-default" + n, "frame-shape" + n, 1.10);
+        Bench::CompareTimes(label + "default path / same shape by hand", "frame-default" + n, "frame-shape" + n, 1.12);
         Bench::CompareTimes(label + "default path / loop by hand", "frame-default" + n, "frame-baseline" + n,
                             size < 1'000'000 ? 3.1 : 1.5);
         Bench::CompareTimes(label + "own ProcessMembers / loop by hand", "frame-override" + n, "frame-baseline" + n,

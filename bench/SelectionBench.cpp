@@ -55,6 +55,27 @@ void FillSelection(benchmark::State& state) {
     Bench::SetResult(state, Result(selection.GetAllMembers()));
 }
 
+/// Filled in runs, as queries do.
+void FillByRuns(benchmark::State& state) {
+    constexpr std::size_t RUN = 15;
+    std::vector<Member> const members = SomeMembers(static_cast<std::size_t>(state.range(0)));
+    std::vector<std::vector<Member>> runs;
+    for (std::size_t i = 0; i < members.size(); i += RUN) {
+        auto const first = members.begin() + static_cast<std::ptrdiff_t>(i);
+        runs.emplace_back(first, first + static_cast<std::ptrdiff_t>(std::min(RUN, members.size() - i)));
+    }
+    MemberPool& pool = Pool();
+    MemberSelection selection(&pool);
+    for (auto _ : state) {
+        selection.Clear();
+        for (std::vector<Member> const& run : runs) {
+            selection.AddMembers(pool, run);
+        }
+        benchmark::DoNotOptimize(selection.GetAllMembers().data());
+    }
+    Bench::SetResult(state, Result(selection.GetAllMembers()));
+}
+
 void FillVector(benchmark::State& state) {
     std::vector<Member> const members = SomeMembers(static_cast<std::size_t>(state.range(0)));
     std::vector<Member> vector;
@@ -124,11 +145,14 @@ void ThinBySearching(benchmark::State& state) {
 void Register() {
     for (int const count : {30, 1000, 100'000}) {
         benchmark::RegisterBenchmark("fill-selection", FillSelection)->Arg(count);
+        benchmark::RegisterBenchmark("fill-runs", FillByRuns)->Arg(count);
         benchmark::RegisterBenchmark("fill-vector", FillVector)->Arg(count);
         benchmark::RegisterBenchmark("fill-list", FillList)->Arg(count);
         std::string const n = "/" + std::to_string(count);
         std::string const label = "append " + std::to_string(count) + " and read: selection / ";
-        Bench::CompareTimes(label + "vector", "fill-selection" + n, "fill-vector" + n, 2.0);
+        Bench::CompareTimes(label + "vector", "fill-selection" + n, "fill-vector" + n, 2.2);
+        Bench::CompareTimes("append " + std::to_string(count) + " in runs and read: selection / vector",
+                            "fill-runs" + n, "fill-vector" + n, 1.7);
         Bench::CompareTimes(label + "list and copy", "fill-selection" + n, "fill-list" + n, 0.1);
     }
     benchmark::RegisterBenchmark("thin-selection", ThinSelection)->Arg(THINNED);

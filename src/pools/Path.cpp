@@ -244,7 +244,7 @@ Member Path::GetDestinationMemberUsingIndices() {
 
 void const* Path::DestinationPropertyData(bool usingIndices) {
     MemberSelection* const selection = DestinationMemberSelection(usingIndices);
-    if (selection == nullptr || destinationProperty == Property::NIL) {
+    if (selection == nullptr) {
         return nullptr;
     }
     // The members of a selection whose pool has gone went with it.

@@ -137,8 +137,9 @@ bool MemberSelection::ActivatePreviousMember() {
 
 void MemberSelection::ActivateMember(int index) {
     BringUpToDate();
-    if (index >= 0 && static_cast<std::uint32_t>(index) < Count()) {
-        MoveCursor([&](MemberList& members) { return members.AtPosition(static_cast<std::uint32_t>(index)); });
+    auto const position = static_cast<std::uint32_t>(index); // a negative index is beyond the end
+    if (position < Count()) {
+        MoveCursor([&](MemberList& members) { return members.AtPosition(position); });
     }
 }
 
@@ -275,10 +276,11 @@ Member MemberSelection::RemoveActiveMember() {
 }
 
 Member MemberSelection::RemoveMemberByIndex(int index) {
-    if (index < 0 || static_cast<std::uint32_t>(index) >= Count()) {
+    auto const position = static_cast<std::uint32_t>(index); // a negative index is beyond the end
+    if (position >= Count()) {
         return Member();
     }
-    return Remove([&](MemberList& members) { return members.AtPosition(static_cast<std::uint32_t>(index)); });
+    return Remove([&](MemberList& members) { return members.AtPosition(position); });
 }
 
 void MemberSelection::RemoveMember(Member member) {

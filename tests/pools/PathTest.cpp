@@ -138,6 +138,16 @@ TEST(Paths, WalkByActiveMembersAndByIndices) {
     EXPECT_EQ(withoutDestination.GetDestinationPropertyIncludingMemberSelections(), map.toStreets);
     EXPECT_EQ(withoutDestination.GetDestinationPropertyDataUsingIndices(), nullptr);
     EXPECT_EQ(NameOf(withoutDestination), "Cities:In it");
+
+    SelectionPtr const ofPool(new MemberSelectionProperty("All"));
+    ofPool->SetBasePoolID(map.houses.GetMemberPoolID());
+    map.cities.AddPoolProperty(ofPool);
+    map.cities.SetBasePoolsForMemberSelections();
+    Path overPool;
+    overPool.SetRootMemberPool(map.cities);
+    overPool.AddRootingMemberSelectionBack(ofPool);
+    EXPECT_EQ(overPool.GetDestinationMemberSelectionUsingIndices(), ofPool->GetMemberSelection(map.cities, 0));
+    EXPECT_EQ(overPool.GetDestinationPropertyDataUsingIndices(), nullptr);
 }
 
 TEST(Paths, StoreSelections) {

@@ -296,6 +296,10 @@ TEST(NewMembers, NeverShareASelectionThatAnotherMemberStillHas) {
     pool.InitializeMemberPool();
     EXPECT_GT(notShared->GetLastRecreationTimeStamp(), stamp) << "nobody takes a renewed selection for the old one";
     EXPECT_EQ(ofFirst->GetNumMembers(), 1) << "it was stored twice: somebody may refer to it still";
+    pool.AddMemberProperty(selections);
+    pool.SetMemberCount(2);
+    EXPECT_NE(selections->GetMemberSelection(pool, 0), ofFirst);
+    EXPECT_NE(selections->GetMemberSelection(pool, 1), ofFirst);
 }
 
 TEST(PoolData, AreANewSelectionForEachBuildThatOthersReferToTheFormerOneOf) {

@@ -66,9 +66,9 @@ class PropertyTable;
 /// can be added to the Pool \"%s\" while it is cleared". For a pool that is being destroyed that lasts to its end.
 ///
 /// Host code may throw. Whatever the pool was doing is then brought to an end or taken back, whichever leaves it sound,
-/// and the first exception is passed on: events reach the other listeners as they do without one, a clearing is carried out
-/// whole, a property that was announced is announced to have left, a member whose data could not be set up goes again,
-/// and a member's instances are all deleted. A destructor passes nothing on; it logs "Error :: MemberPool :: An
+/// and the first exception is passed on: events reach the other listeners as they do without one, a clearing is carried
+/// out whole, a property that was announced is announced to have left, a member whose data could not be set up goes
+/// again, and a member's instances are all deleted. A destructor passes nothing on; it logs "Error :: MemberPool :: An
 /// exception was thrown while the Pool \"%s\" was destroyed".
 class GENTRA_EXPORT MemberPool : public MemberSelection {
 public:
@@ -234,8 +234,8 @@ public:
 
     /// One frame: builds the pool if need be, writes the seconds since it was written last, at most 1 (-1 without a
     /// clock), to the value of the property "TimeElapsed" if there is one, and runs the active behaviours over all
-    /// members: over the vector that GetAllMembers() gives at the beginning, and that it brings up to date whenever it is
-    /// called meanwhile.
+    /// members: over the vector that GetAllMembers() gives at the beginning, and that it brings up to date whenever it
+    /// is called meanwhile.
     void ProcessMemberPool();
     /// From now on frames process only the member at that index; a negative index stands for all members.
     void SetSingleMemberUpdateIndex(int index) noexcept { singleMemberUpdateIndex = index; }

@@ -64,8 +64,8 @@ public:
 
     /// A vector of all members in order. The reference stays valid as long as the selection; its contents change at the
     /// next rebuild (any reading operation after a change) and at Clear(). What a caller does to the vector changes no
-    /// list, but until then all see it who read the vector: GetMemberByIndex(), behaviours that run over it, organizers,
-    /// copies. To sort or prune, take a copy.
+    /// list, but until then all see it who read the vector: GetMemberByIndex(), behaviours that run over it,
+    /// organizers, copies. To sort or prune, take a copy.
     std::vector<Member>& GetAllMembers() {
         BringUpToDate();
         return memberVector;
