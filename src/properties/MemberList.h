@@ -202,12 +202,13 @@ public:
 
     /// Keeps the memory.
     void Clear() noexcept {
-        if (lastChunk == NONE) {
+        DropHelpers();
+        cursor = Place();
+        if (firstChunk == lastChunk) {
+            next = first;
             return;
         }
         Closed const closed(*this);
-        DropHelpers();
-        cursor = Place();
         while (firstChunk != lastChunk) {
             Unlink(lastChunk);
         }
@@ -215,16 +216,12 @@ public:
         before = 0;
     }
 
-    /// Appends all members to `out`, which has room for them.
-    void Read(std::vector<Member>& out) {
+    /// Writes all members to `out`, which has room for them.
+    void Read(Member* out) {
         for (Number chunk = firstChunk; chunk != NONE; chunk = chunks[chunk].next) {
-            Member const* const members = chunks[chunk].members.get();
-            out.insert(out.end(), members, members + Size(chunk));
+            out = std::copy_n(chunks[chunk].members.get(), Size(chunk), out);
         }
-        if (lastChunk != NONE) {
-            Closed const closed(*this);
-            DropHelpers();
-        }
+        DropHelpers();
     }
 
     Place cursor;
@@ -398,9 +395,12 @@ private:
     }
 
     void DropHelpers() noexcept {
-        hints.Drop();
-        counts.clear();
         searched = 0;
+        if (hints.AreThere() || !counts.empty()) {
+            Closed const closed(*this); // appending need not tell them any more
+            hints.Drop();
+            counts.clear();
+        }
     }
 
     // Finding a member.

@@ -80,9 +80,8 @@ void MemberSelection::RecreateMemberVector() {
         larger.reserve(memberVector.empty() ? count : count + count / 16);
         memberVector.swap(larger);
     }
-    memberVector.clear();
-    List().Read(memberVector);
-    assert(memberVector.size() == count);
+    memberVector.resize(count);
+    List().Read(memberVector.data());
     readUpTo = listEnd->next;
     changed = false;
     ++recreationTimeStamp;
