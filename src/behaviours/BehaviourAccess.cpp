@@ -27,7 +27,8 @@ void const* Behaviour::PropertyDatum(int index) const {
 unsigned char* Behaviour::CheckedMemberDatum(int index, std::size_t size) const {
     Basic_Parameter const& parameter = FastParam(index);
     MemberPool const* const pool = LinkedProperty(index).GetOwnerPool();
-    if (pool != nullptr && pool->HasMember(member) && parameter.dataOffset >= 0) {
+    auto const length = static_cast<int>(size);
+    if (pool != nullptr && pool->HasMember(member) && pool->HasDatum(parameter.dataOffset, length, VALUE)) {
         return member.record + parameter.dataOffset;
     }
     auto const slot = static_cast<std::size_t>(index);
@@ -37,7 +38,7 @@ unsigned char* Behaviour::CheckedMemberDatum(int index, std::size_t size) const 
     std::vector<MemberPool*> pools;
     context->GetAllMemberPools(pools);
     for (MemberPool const* const other : pools) {
-        if (other->HasMember(member) && other->HasDatum(parameter.dataOffset, static_cast<int>(size), VALUE)) {
+        if (other->HasMember(member) && other->HasDatum(parameter.dataOffset, length, VALUE)) {
             return member.record + parameter.dataOffset;
         }
     }

@@ -33,7 +33,7 @@ private:
     Context* context;
 };
 
-/// Keeps a second pass from starting, also when a listener of the first one throws.
+/// Keeps a second pass from starting.
 class Context::BuildGuard {
 public:
     BuildGuard() noexcept {
@@ -63,6 +63,18 @@ struct Context::Agenda {
         pool = next->second;
         (isLater ? joined : known).erase(next);
         return true;
+    }
+};
+
+/// What has gone wrong in a pass.
+struct Context::Pass {
+    Util::FirstException exception;
+    std::vector<PoolPtr> unbuilt; ///< Their building has thrown.
+
+    /// Not if it was built since, by a pass inside this one.
+    [[nodiscard]] bool IsUnbuilt(MemberPool const& pool) const {
+        return !pool.compiled &&
+               std::any_of(unbuilt.begin(), unbuilt.end(), [&](PoolPtr const& each) { return each.Get() == &pool; });
     }
 };
 
@@ -204,7 +216,7 @@ void Context::HandlePoolCreated(MemberPool& pool) {
         return;
     }
     if (!buildGuard && waitingPools.size() > 2 * waitingCount + 16) {
-        EndWaiting(false);
+        EndWaiting(nullptr);
     }
     waitingPools.push_back(pool.GetWeakPtr());
     ++waitingCount;
@@ -261,42 +273,61 @@ void Context::HandlePropertyLeft(Util::RefCountPtr<Property> const& property) {
     }
 }
 
+/// Also where the context knows the pool by a former ID; null when it does not know it.
+Context::Registration* Context::FindRegistration(MemberPool const& pool) {
+    auto const isSame = [&](auto const& entry) { return entry.second.pool.Get() == &pool; };
+    auto found = poolsByID.find(pool.GetMemberPoolID());
+    if (found == poolsByID.end() || !isSame(*found)) {
+        found = std::find_if(poolsByID.begin(), poolsByID.end(), isSame);
+    }
+    return found != poolsByID.end() ? &found->second : nullptr;
+}
+
 /// Hands out new tickets: to all that wait or, after a pass, to those that it has left out or could not build.
-void Context::EndWaiting(bool isPassOver) {
+void Context::EndWaiting(Pass const* pass) {
     std::vector<Registration*> stillWaiting;
     for (auto& entry : poolsByID) {
-        Registration& registration = entry.second;
-        MemberPool const* const pool = registration.pool;
-        bool const waits = registration.ticket != NOT_WAITING && pool != nullptr;
-        bool const wasLeftOut = waits && isPassOver && (pool->IsInUse() || pool->clearing);
-        if (wasLeftOut || (waits && !isPassOver) || std::exchange(registration.isUnbuilt, false)) {
-            stillWaiting.push_back(&registration);
-        } else {
-            registration.ticket = NOT_WAITING;
+        MemberPool const* const pool = entry.second.pool;
+        bool const isIn = pass == nullptr || (pool != nullptr && (pool->IsInUse() || pool->clearing));
+        if (entry.second.ticket != NOT_WAITING && pool != nullptr && isIn) {
+            stillWaiting.push_back(&entry.second);
         }
     }
     std::sort(stillWaiting.begin(), stillWaiting.end(), [](auto* a, auto* b) { return a->ticket < b->ticket; });
-    waitingPools.clear();
-    for (Registration* const registration : stillWaiting) {
-        registration->ticket = waitingPools.size();
-        waitingPools.push_back(registration->pool);
+    for (std::size_t i = 0; pass != nullptr && i < pass->unbuilt.size(); ++i) {
+        MemberPool const* const pool = pass->unbuilt[i];
+        Registration* const registration = pool != nullptr && !pool->compiled ? FindRegistration(*pool) : nullptr;
+        if (registration != nullptr &&
+            std::find(stillWaiting.begin(), stillWaiting.end(), registration) == stillWaiting.end()) {
+            stillWaiting.push_back(registration);
+        }
     }
+    std::vector<PoolPtr> pools;
+    pools.reserve(stillWaiting.size()); // the last that may run out of memory
+    for (auto& entry : poolsByID) {
+        entry.second.ticket = NOT_WAITING;
+    }
+    for (Registration* const registration : stillWaiting) {
+        registration->ticket = pools.size();
+        pools.push_back(registration->pool);
+    }
+    waitingPools.swap(pools);
     waitingCount = waitingPools.size();
 }
 
 // Building.
 
 /// In list order, also over pools that join the list or go meanwhile.
-void Context::ForEachWaitingPool(StepOfPass step, Util::FirstException& exception) {
+void Context::ForEachWaitingPool(StepOfPass step, Pass& pass) {
     for (std::size_t i = 0; i < waitingPools.size(); ++i) {
         if (MemberPool* const pool = waitingPools[i]) {
-            (this->*step)(*pool, exception);
+            step(*pool, pass);
         }
     }
 }
 
 /// Ascending by ID, also over pools that come, go or change their ID meanwhile.
-void Context::ForEachPool(StepOfPass step, Util::FirstException& exception) {
+void Context::ForEachPool(StepOfPass step, Pass& pass) {
     struct Turns {
         Context& context;
         Agenda agenda;
@@ -311,7 +342,7 @@ void Context::ForEachPool(StepOfPass step, Util::FirstException& exception) {
     } turns(*this);
     for (PoolPtr next; turns.agenda.TakeNext(next);) {
         if (MemberPool* const pool = next) {
-            (this->*step)(*pool, exception);
+            step(*pool, pass);
         }
     }
 }
@@ -343,47 +374,33 @@ void Context::BuildMemberPool(MemberPool& pool) {
     GlobalMessageManager::OutputMessage("Building \"%s\" completed", pool.GetName().c_str());
 }
 
-/// Also where the context knows the pool by a former ID; null when it does not know it.
-Context::Registration* Context::FindRegistration(MemberPool const& pool) {
-    auto const isSame = [&](auto const& entry) { return entry.second.pool.Get() == &pool; };
-    auto found = poolsByID.find(pool.GetMemberPoolID());
-    if (found == poolsByID.end() || !isSame(*found)) {
-        found = std::find_if(poolsByID.begin(), poolsByID.end(), isSame);
-    }
-    return found != poolsByID.end() ? &found->second : nullptr;
-}
-
-void Context::TryToBuildMemberPool(MemberPool& pool, Util::FirstException& exception) {
+void Context::TryToBuildMemberPool(MemberPool& pool, Pass& pass) {
     PoolPtr const alive = pool.GetWeakPtr();
     bool isThrough = false;
-    exception.During([&] {
+    pass.exception.During([&] {
         BuildMemberPool(pool);
         isThrough = true;
     });
-    if (isThrough || alive.Get() == nullptr) {
-        return;
-    }
-    GlobalMessageManager::OutputMessage("Error :: Context :: An exception was thrown while the Pool \"%s\" was built",
-                                        pool.GetName().c_str());
-    if (Registration* const registration = FindRegistration(pool)) {
-        registration->isUnbuilt = true;
+    if (!isThrough && alive.Get() != nullptr) {
+        GlobalMessageManager::OutputMessage(
+            "Error :: Context :: An exception was thrown while the Pool \"%s\" was built", pool.GetName().c_str());
+        pool.constructionFailed = false; // or its frames would not try again
+        pass.exception.During([&] { pass.unbuilt.push_back(alive); });
     }
 }
 
-void Context::ConstructMemberPool(MemberPool& pool, Util::FirstException& exception) {
-    Registration const* const registration = FindRegistration(pool);
-    bool const isUnbuilt = pool.IsInUse() || pool.clearing || (registration != nullptr && registration->isUnbuilt);
-    if (!isUnbuilt) {
-        exception.During([&] { pool.TriggerPoolConstructor(); });
+void Context::SetBasePools(MemberPool& pool, Pass& pass) {
+    pass.exception.During([&] { pool.SetBasePoolsForMemberSelections(); });
+}
+
+void Context::ConstructMemberPool(MemberPool& pool, Pass& pass) {
+    if (!pool.IsInUse() && !pool.clearing && !pass.IsUnbuilt(pool)) {
+        pass.exception.During([&] { pool.TriggerPoolConstructor(); });
     }
 }
 
-void Context::SetBasePoolsForMemberSelections() {
-    for (auto const& entry : poolsByID) {
-        if (MemberPool* const pool = entry.second.pool) {
-            pool->SetBasePoolsForMemberSelections();
-        }
-    }
+void Context::EndPass(Pass& pass) {
+    pass.exception.During([&] { EndWaiting(&pass); });
 }
 
 void Context::ForceConstructAllMemberPools() {
@@ -391,13 +408,13 @@ void Context::ForceConstructAllMemberPools() {
         return;
     }
     BuildGuard const guard;
-    Util::FirstException exception;
+    Pass pass;
     spatialRelations.Reset();
-    ForEachWaitingPool(&Context::TryToBuildMemberPool, exception);
-    exception.During([this] { SetBasePoolsForMemberSelections(); });
-    ForEachWaitingPool(&Context::ConstructMemberPool, exception);
-    EndWaiting(true);
-    exception.ThrowOn();
+    ForEachWaitingPool(TryToBuildMemberPool, pass);
+    ForEachPool(SetBasePools, pass);
+    ForEachWaitingPool(ConstructMemberPool, pass);
+    EndPass(pass);
+    pass.exception.ThrowOn();
 }
 
 void Context::ForceReconstructAllMemberPools() {
@@ -405,14 +422,14 @@ void Context::ForceReconstructAllMemberPools() {
         return;
     }
     BuildGuard const guard;
-    Util::FirstException exception;
+    Pass pass;
     spatialRelations.Reset();
-    ForEachPool(&Context::TryToBuildMemberPool, exception);
-    exception.During([this] { SetBasePoolsForMemberSelections(); });
-    ForEachPool(&Context::ConstructMemberPool, exception);
-    EndWaiting(true);
+    ForEachPool(TryToBuildMemberPool, pass);
+    ForEachPool(SetBasePools, pass);
+    ForEachPool(ConstructMemberPool, pass);
+    EndPass(pass);
     Path::ForceGlobalPathResolve();
-    exception.ThrowOn();
+    pass.exception.ThrowOn();
 }
 
 } // namespace Gentra

@@ -30,7 +30,6 @@ bool MemberPropertyTable::HasRoomFor(int size) const noexcept {
 }
 
 void MemberPropertyTable::Add(Util::RefCountPtr<Property> const& property) {
-    assert(!HasRecords() && HasRoomFor(property->GetDataSize()));
     Place const place{recordSize, property->GetDataSize(), property->GetPropertyType(), PlainDefault(*property),
                       property.Get()};
     Datum const datum{place.offset, place.size, place.type};

@@ -176,7 +176,7 @@ void MemberSelectionProperty::SetMemberSelection(MemberSelection* newSelection, 
 }
 
 /// The selection of the owner pool's active member or, of a pool property, that of its pool data; null for none.
-MemberSelection* MemberSelectionProperty::ActiveMembersSelection() {
+MemberSelection* MemberSelectionProperty::SelectionInPool() {
     MemberPool* const pool = GetOwnerPool();
     return pool != nullptr ? GetMemberSelection(*pool, -1) : nullptr;
 }
@@ -188,12 +188,12 @@ MemberSelection& MemberSelectionProperty::FallbackSelection() {
 }
 
 void MemberSelectionProperty::ClearSelection() {
-    MemberSelection* const selection = ActiveMembersSelection();
+    MemberSelection* const selection = SelectionInPool();
     (selection != nullptr ? *selection : FallbackSelection()).Clear();
 }
 
 void MemberSelectionProperty::AddMemberToSelection(MemberPool& pool, Member member) {
-    MemberSelection* const selection = poolDatum != nullptr ? ActiveMembersSelection() : nullptr;
+    MemberSelection* const selection = poolDatum != nullptr ? SelectionInPool() : nullptr;
     (selection != nullptr ? *selection : FallbackSelection()).AddMember(pool, member);
 }
 

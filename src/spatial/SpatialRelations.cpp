@@ -47,7 +47,7 @@ SpatialOrganizer& SpatialRelations::GetSpatialOrganizer(MemberSelection& selecti
     own.current->Rebuild();
     own.current->Refresh();
     own.isFresh = true;
-    assert(own.current->GetSelection() == &selection && own.current != own.former);
+    assert(own.current != own.former);
     return *own.current;
 }
 

@@ -203,8 +203,7 @@ void EventManager::DropRecord(EventListener* listener, EventType const& type) {
 
 void EventManager::ForgetRecord(EventListener* listener) {
     auto const count = recordCounts.find(listener);
-    assert(count != recordCounts.end() && count->second > 0);
-    if (--count->second == 0) {
+    if (count != recordCounts.end() && --count->second == 0) {
         recordCounts.erase(count);
     }
 }

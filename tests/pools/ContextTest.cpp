@@ -3,6 +3,7 @@
 
 #include "support/Host.h"
 
+#include <map>
 #include <optional>
 
 namespace {
@@ -82,12 +83,18 @@ TEST(Contexts, ForgetAPoolWhoseCreationWasNotHeardByAll) {
 }
 
 TEST(Contexts, DoNothingOnceNobodyWaitsAnyMore) {
+    Context own;
     Pool pool;
-    MainContext().ForceConstructAllMemberPools();
-    SpatialOrganizer const* const organizer = &MainContext().GetSpatialRelations().GetSpatialOrganizer(pool);
-    { Pool const passing; }
-    MainContext().ForceConstructAllMemberPools();
-    EXPECT_EQ(&MainContext().GetSpatialRelations().GetSpatialOrganizer(pool), organizer) << "a pass makes new ones";
+    for (Context* const context : {&own, &MainContext()}) {
+        context->ForceConstructAllMemberPools();
+        SpatialOrganizer const* const organizer = &context->GetSpatialRelations().GetSpatialOrganizer(pool);
+        {
+            Pool passing;
+            passing.SetNewMemberPoolID(passing.GetMemberPoolID() + 1); // of which only the main context hears
+        }
+        context->ForceConstructAllMemberPools();
+        EXPECT_EQ(&context->GetSpatialRelations().GetSpatialOrganizer(pool), organizer) << "a pass makes new ones";
+    }
 }
 
 TEST(Contexts, ReserveIdsApartFromProperties) {
@@ -114,7 +121,7 @@ TEST(Contexts, StackActiveSelections) {
     }
 }
 
-TEST(Passes, ReportTheirStepsAndGoOnWhenAListenerThrows) {
+TEST(Passes, ReportTheirSteps) {
     MessageLog const log;
     MainContext().ForceConstructAllMemberPools();
     EXPECT_TRUE(log.Take().empty()) << "nothing waits";
@@ -125,17 +132,12 @@ TEST(Passes, ReportTheirStepsAndGoOnWhenAListenerThrows) {
     std::optional<Pool> brief("Brief");
     std::optional<Pool> inner;
     high.SetNewMemberPoolID(1000);
-    bool throws = false;
     Constructor const constructor([&](MemberPool& pool) {
         GlobalMessageManager::OutputMessage("event");
-        if (throws && &pool == &*inner) {
-            throw 1;
-        }
         if (brief && &pool == &*brief) {
             brief.reset();
         } else if (!inner) {
             inner.emplace("Inner");
-            inner->SetNewMemberPoolID(-1000);
             MainContext().ForceConstructAllMemberPools(); // not inside another pass
             MainContext().ForceReconstructAllMemberPools();
         }
@@ -144,16 +146,53 @@ TEST(Passes, ReportTheirStepsAndGoOnWhenAListenerThrows) {
     EXPECT_EQ(log.Take(), Messages() + std::pair("High", 6) + std::pair("Brief", 4) + std::pair("Inner", 6));
     MainContext().ForceConstructAllMemberPools();
     EXPECT_TRUE(log.Take().empty());
-    Messages thrown = Messages() + std::pair("Inner", 4);
-    thrown.emplace_back("Error :: Context :: An exception was thrown while the Pool \"Inner\" was built");
-    throws = true;
-    EXPECT_THROW(MainContext().ForceReconstructAllMemberPools(), int);
-    EXPECT_EQ(log.Take(), thrown + std::pair("High", 6));
-    EXPECT_THROW(inner->ProcessMemberPool(), int) << "it waits again";
+}
+
+TEST(Passes, GoOnWhenHostCodeThrows) {
+    MessageLog const log;
+    Pool first("First");
+    Pool second("Second");
+    Pool third("Third");
+    int id = 0;
+    for (Pool* const each : {&first, &second, &third}) {
+        each->SetNewMemberPoolID(++id);
+    }
+    bool throws = true;
+    std::map<MemberPool*, Util::RefCountPtr<TestBehaviour>> behaviours;
+    Constructor const constructor([&](MemberPool& pool) {
+        GlobalMessageManager::OutputMessage("event");
+        behaviours[&pool] = Util::RefCountPtr<TestBehaviour>(new TestBehaviour);
+        behaviours[&pool]->PushLinkedParamsToFastParams();
+        pool.LinkPoolConstructionBehaviour(behaviours[&pool]);
+        if (throws && &pool == &first) {
+            throw 1;
+        }
+        behaviours[&pool]->work = [&](TestBehaviour&) -> bool {
+            throw 2;
+        }; // the second one, and no fault of the building
+        first.SetNewMemberPoolID(99);
+    });
+    for (bool const again : {true, false}) {
+        behaviours.clear();
+        log.Take();
+        try {
+            again ? MainContext().ForceReconstructAllMemberPools() : first.ProcessMemberPool();
+            ADD_FAILURE() << "nothing is thrown on";
+        } catch (int which) {
+            EXPECT_EQ(which, 1) << "the first exception";
+        }
+        EXPECT_EQ(log.Take()[5], "Error :: Context :: An exception was thrown while the Pool \"First\" was built");
+        EXPECT_EQ(behaviours.size(), again ? 3u : 1u) << "only the one that could not be built waits again";
+        for (auto const& [pool, behaviour] : behaviours) {
+            EXPECT_EQ(behaviour->calls.empty(), pool == &first);
+        }
+    }
     throws = false;
+    EXPECT_THROW(first.ProcessMemberPool(), int);
+    EXPECT_EQ(first.GetAllBehaviours().size(), 1u);
     log.Take();
-    inner->ProcessMemberPool();
-    EXPECT_EQ(log.Take(), Messages() + std::pair("Inner", 6)) << "and nobody else does";
+    first.ProcessMemberPool();
+    EXPECT_TRUE(log.Take().empty()) << "it is built";
 }
 
 } // namespace

@@ -82,12 +82,17 @@ TEST(PropertyReferences, AreBoundByTheirIdAndByCreationOnly) {
 }
 
 TEST(PropertyReferences, AreUnboundWhenTheirPoolGoes) {
-    for (bool const underItsID : {true, false}) {
+    enum How { UNDER_ITS_ID, UNDER_ANOTHER_ID, ONLY_ANOTHER_OF_ITS_ID };
+    for (How const how : {UNDER_ITS_ID, UNDER_ANOTHER_ID, ONLY_ANOTHER_OF_ITS_ID}) {
         std::optional<Pool> pool(std::in_place);
+        std::optional<Pool> other(std::in_place);
         PropertyReference reference;
         reference.SetOwnerPoolID(pool->GetMemberPoolID());
-        if (!underItsID) {
+        if (how != UNDER_ITS_ID) {
             pool->SetNewMemberPoolID(Util::ShortID());
+        }
+        if (how == ONLY_ANOTHER_OF_ITS_ID) {
+            other->SetNewMemberPoolID(reference.GetOwnerPoolID());
         }
         // That it is unbound shows also in the default that it falls back to.
         PropertyPtr const first = Value("First");
@@ -96,7 +101,7 @@ TEST(PropertyReferences, AreUnboundWhenTheirPoolGoes) {
         reference.SetDefaultProperty(second);
         std::optional<Pool>(std::in_place).reset();
         EXPECT_EQ(reference.GetProperty(), first) << "another pool";
-        pool.reset();
+        (how == ONLY_ANOTHER_OF_ITS_ID ? other : pool).reset();
         EXPECT_EQ(reference.GetOwnerPool(), nullptr);
         EXPECT_EQ(reference.GetProperty(), second);
     }

@@ -1,6 +1,7 @@
 // Gentra, copyright the Gentra authors.
 // SPDX-License-Identifier: MIT
 
+#include "support/Allocations.h"
 #include "support/Host.h"
 #include "support/SelectionModel.h"
 
@@ -109,6 +110,16 @@ TEST_F(Selections, AreNotWhatAHostDoesToTheirVector) {
     EXPECT_EQ(seen.size(), 150u) << "what somebody may be walking stays";
     EXPECT_EQ(selection.GetAllMembers().front(), M(50));
     EXPECT_EQ(seen.size(), 149u);
+}
+
+TEST_F(Selections, RefillWithoutAllocating) {
+    Add(101);
+    selection.GetAllMembers();
+    selection.Clear();
+    std::size_t const before = Support::AllocationsSoFar();
+    Add(100);
+    EXPECT_EQ(selection.GetAllMembers().size(), 100u);
+    EXPECT_EQ(Support::AllocationsSoFar(), before);
 }
 
 class SelectionModelTest : public testing::TestWithParam<unsigned int> {};

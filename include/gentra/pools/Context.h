@@ -21,7 +21,6 @@
 
 namespace Util {
 struct Event;
-class FirstException;
 } // namespace Util
 
 namespace Gentra {
@@ -90,9 +89,7 @@ public:
     /// Pops until the selection has been popped; all, when it is not on the stack.
     void DeactivateMemberSelection(MemberSelection& selection);
 
-    // Building. Where host code throws, the pass goes on with the other pools, and throws the first exception on in the
-    // end. "Error :: Context :: An exception was thrown while the Pool \"%s\" was built" is logged, and that pool waits
-    // again: the next pass, or its next frame, builds it anew.
+    // Building.
 
     /// Builds the pools that wait for construction, in the order of their creation, those included that are
     /// created meanwhile. Logs "Build \"%s\" Started...", "Initializing \"%s\"", "Constructing \"%s\"",
@@ -100,10 +97,16 @@ public:
     ///
     /// A pool that one of these behaviours creates comes too late: it is not built, and waits no longer. The host has
     /// it built by ForceReconstructAllMemberPools(), or fills it itself and calls MemberPool::CompileMemberPool().
+    ///
+    /// Where host code throws, the pass goes on with the other pools and throws the first exception on in the end. A
+    /// pool that could not be built waits again, so that the next pass or its next frame builds it anew: "Error ::
+    /// Context :: An exception was thrown while the Pool \"%s\" was built". One whose pool-construction behaviour
+    /// throws is built.
     void ForceConstructAllMemberPools();
     /// Clears and builds every pool once, ascending by the IDs that they have at the beginning, whatever becomes of
     /// these. A pool that is created meanwhile is built only when its ID comes after that of the pool which is being
-    /// built. Afterwards none waits any longer, built or not, but for those that were left out.
+    /// built. Afterwards none waits any longer, built or not, but for those that were left out. Where host code throws
+    /// it is as in ForceConstructAllMemberPools().
     void ForceReconstructAllMemberPools();
 
     // Services.
@@ -118,13 +121,13 @@ private:
     class MyListener;
     class BuildGuard;
     struct Agenda;
+    struct Pass;
     using PoolPtr = Util::WeakPtr<MemberPool>;
 
     static constexpr std::size_t NOT_WAITING = static_cast<std::size_t>(-1);
     struct Registration {
         PoolPtr pool;
         std::size_t ticket = NOT_WAITING; ///< Its position among the waiting pools.
-        bool isUnbuilt = false;           ///< The pass that is going on could not build it.
     };
 
     void HandleEvents(Util::Event const& event);
@@ -133,17 +136,17 @@ private:
     void HandlePropertyEntered(Util::RefCountPtr<Property> const& property);
     void HandlePropertyLeft(Util::RefCountPtr<Property> const& property);
     void Forget(std::map<Util::ShortID, Registration>::iterator entry);
-    void EndWaiting(bool isPassOver);
-
-    using StepOfPass = void (Context::*)(MemberPool& pool, Util::FirstException& exception);
-
+    void EndWaiting(Pass const* pass);
     [[nodiscard]] Registration* FindRegistration(MemberPool const& pool);
+
+    using StepOfPass = void (*)(MemberPool& pool, Pass& pass);
     static void BuildMemberPool(MemberPool& pool);
-    void TryToBuildMemberPool(MemberPool& pool, Util::FirstException& exception);
-    void ConstructMemberPool(MemberPool& pool, Util::FirstException& exception);
-    void SetBasePoolsForMemberSelections();
-    void ForEachPool(StepOfPass step, Util::FirstException& exception);
-    void ForEachWaitingPool(StepOfPass step, Util::FirstException& exception);
+    static void TryToBuildMemberPool(MemberPool& pool, Pass& pass);
+    static void SetBasePools(MemberPool& pool, Pass& pass);
+    static void ConstructMemberPool(MemberPool& pool, Pass& pass);
+    void ForEachPool(StepOfPass step, Pass& pass);
+    void ForEachWaitingPool(StepOfPass step, Pass& pass);
+    void EndPass(Pass& pass);
 
     static bool buildGuard; ///< Set while a pass runs.
 
