@@ -7,6 +7,7 @@ decoded by the layout of the member's pool, which only the library's debug symbo
 libgentra1-dbgsym); without them a member is shown as an address. `print /r` shows what is really there.
 """
 
+import itertools
 import sys
 
 import gdb
@@ -14,6 +15,8 @@ import gdb.printing
 
 VALUE, VECTOR, MEMBERSELECTION, BEHAVIOUR, DATAREFERENCE, FIXEDSIZEDATA, TEXT = range(1, 8)
 LONGEST_TEXT = 10000  # what is longer is no name, but not constructed
+LONGEST_LIST = 10000  # what is longer is not constructed either
+MOST_BYTES = 1 << 20  # of a datum that is shown
 
 # What reading something raises that is not constructed yet, or no more.
 NOT_THERE = (gdb.error, RuntimeError, OverflowError, MemoryError, AttributeError)
@@ -36,7 +39,7 @@ def elements(vector):
 def listed(container):
     """The elements of a deque, or the keys and values of a map by turns, as the standard library's printers see them."""
     printer = gdb.default_visualizer(container)
-    return [value for _, value in printer.children()] if printer else []
+    return [value for _, value in itertools.islice(printer.children(), LONGEST_LIST)] if printer else []
 
 
 def printable(characters):
@@ -101,6 +104,8 @@ def holds(pool, address):
 
 
 def memory(address, length):
+    if length > MOST_BYTES:
+        raise MemoryError
     return bytes(gdb.selected_inferior().read_memory(address, length)) if length else b""
 
 
@@ -138,7 +143,8 @@ def datum(address, kind, length):
             return "behaviour " + named(text(found["name"]))
         if kind == TEXT:
             found = gdb.Value(pointer).cast(gdb.lookup_type("Gentra::TextProperty::Text").pointer())
-            letters = memory(int(found["_M_dataplus"]["_M_p"]), 2 * int(found["_M_string_length"]))
+            length = min(int(found["_M_string_length"]), LONGEST_TEXT)
+            letters = memory(int(found["_M_dataplus"]["_M_p"]), 2 * length)
             order = "utf-16-le" if sys.byteorder == "little" else "utf-16-be"
             return '"' + printable(letters.decode(order, errors="replace")) + '"'
         return f"pointer {pointer:#x}"
@@ -159,7 +165,9 @@ def entries(selection):
         chunks, number, last = members["chunks"], int(members["firstChunk"]), int(members["lastChunk"])
     except NOT_THERE:
         chunks, number, last = None, 0, 0
-    while number != last:
+    for _ in range(size(chunks) if chunks is not None else 0):  # what is not constructed may be a ring
+        if number == last:
+            break
         chunk = item(chunks, number)
         yield from (target(chunk["members"])[i] for i in range(int(chunk["size"])))
         number = int(chunk["next"])

@@ -26,9 +26,10 @@ void const* Behaviour::PropertyDatum(int index) const {
 /// Where the record of `member` holds the datum, if that is known to be so; else some zeros, which nobody reads again.
 unsigned char* Behaviour::CheckedMemberDatum(int index, std::size_t size) const {
     Basic_Parameter const& parameter = FastParam(index);
-    MemberPool const* const pool = LinkedProperty(index).GetOwnerPool();
-    auto const length = static_cast<int>(size);
-    if (pool != nullptr && pool->HasMember(member) && pool->HasDatum(parameter.dataOffset, length, VALUE)) {
+    Property const& linked = LinkedProperty(index);
+    MemberPool const* const pool = linked.GetOwnerPool();
+    if (pool != nullptr && pool->HasMember(member) &&
+        pool->HasDatum(parameter.dataOffset, linked.GetDataSize(), VALUE)) {
         return member.record + parameter.dataOffset;
     }
     auto const slot = static_cast<std::size_t>(index);
@@ -38,7 +39,7 @@ unsigned char* Behaviour::CheckedMemberDatum(int index, std::size_t size) const 
     std::vector<MemberPool*> pools;
     context->GetAllMemberPools(pools);
     for (MemberPool const* const other : pools) {
-        if (other->HasMember(member) && other->HasDatum(parameter.dataOffset, length, VALUE)) {
+        if (other->HasMember(member) && other->HasDatum(parameter.dataOffset, static_cast<int>(size), VALUE)) {
             return member.record + parameter.dataOffset;
         }
     }

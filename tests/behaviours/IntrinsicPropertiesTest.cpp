@@ -100,6 +100,17 @@ TEST_F(Linking, FailsConstructionWhenTheHostTookTheName) {
     EXPECT_TRUE(behaviour->linkedProperties[2] == Property::NIL);
 }
 
+TEST_F(Linking, KeepsALinkToAPoolPropertyThatIsInNoPool) {
+    PropertyPtr const outside = Value("Shared");
+    outside->scope = SHARED_INTRINSIC;
+    outside->SetPropertyOwner(POOL);
+    TestPtr const behaviour = New();
+    behaviour->PoolValue(0, "Shared", SHARED_INTRINSIC);
+    ASSERT_TRUE(behaviour->LinkPropertyToInterface(outside, 0));
+    pool.LinkActiveBehaviour(behaviour);
+    EXPECT_EQ(behaviour->linkedProperties[0], outside);
+}
+
 TEST_F(Linking, ReportsWhatItCannotMake) {
     TestPtr const behaviour = New();
     Declare(*behaviour, FLEXIBLE, VALUE, "shared", SHARED_INTRINSIC);
