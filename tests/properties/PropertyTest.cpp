@@ -41,6 +41,9 @@ TEST(Parameters, TakeTheirDefaultByType) {
         EXPECT_EQ(parameter.defaultData, type == FIXEDSIZEDATA ? numbers : nullptr);
     }
     EXPECT_EQ(Parameter(POOL, VECTOR, "v", VISIBLE, nullptr).vector.x, 0.0f);
+    Parameter again(MEMBER, VECTOR, "v", UNIQUE_INTRINSIC, numbers);
+    again.MakeBehaviourInterfaceParameter(POOL, VECTOR, "w", VISIBLE);
+    EXPECT_EQ(again.vector.z, 0.0f);
 }
 
 // The property classes.
@@ -358,6 +361,7 @@ TEST(SelectionProperties, WorkOnTheActiveMemberOrOnThePoolData) {
     RefCountPtr<MemberSelectionProperty> const ofMembers(new MemberSelectionProperty("m"));
     RefCountPtr<MemberSelectionProperty> const ofPool(new MemberSelectionProperty("p"));
     auto const poolSelection = [&] { return Datum::Read<MemberSelection*>(ofPool->GetPoolData()); };
+    EXPECT_NE(Datum::Read<void*>(MemberSelectionProperty(std::as_const(*ofPool)).GetPoolData()), poolSelection());
     ofMembers->SetBasePoolID(pool.GetMemberPoolID());
     ofPool->SetBasePoolID(pool.GetMemberPoolID());
     pool.AddMemberProperty(ofMembers);
