@@ -40,6 +40,7 @@ void Path::Clear() {
     rootingMemberSelectionIDs.clear();
     destinationPropertyID = 0;
     resolveTimeStamp = 0;
+    resolved = true;
 }
 
 void Path::ClearResolvedPath() {
@@ -89,6 +90,7 @@ void Path::MakeShortestPossiblePathToProperty(Util::RefCountPtr<Property> proper
     rootPoolID = pool->GetMemberPoolID();
     rootingMemberSelectionIDs.clear();
     destinationPropertyID = property->GetPropertyID();
+    resolved = false;
     resolveTimeStamp = 0;
 }
 
@@ -105,6 +107,7 @@ void Path::SaveToStream(std::ostream& stream) const {
 
 void Path::LoadFromStream(std::istream& stream) {
     Clear();
+    resolved = false;
     if (stream.peek() == '\0') {
         stream.ignore();
     }
@@ -205,7 +208,7 @@ bool Path::LeadsOnFrom(MemberSelectionProperty const& level, MemberSelection con
         return &level != MemberSelectionProperty::NIL.Get(); // everybody's
     }
     MemberPool const* const pool = selection.GetBasePool();
-    return pool != nullptr && pool->OffsetOf(level) == level.GetDataOffset();
+    return pool != nullptr && level.GetDataOffset() >= 0 && pool->OffsetOf(level) == level.GetDataOffset();
 }
 
 /// The selection that the first levels lead to, or null.
@@ -244,7 +247,7 @@ Member Path::GetDestinationMemberUsingIndices() {
 
 void const* Path::DestinationPropertyData(bool usingIndices) {
     MemberSelection* const selection = DestinationMemberSelection(usingIndices);
-    if (selection == nullptr) {
+    if (selection == nullptr || destinationProperty == Property::NIL) {
         return nullptr;
     }
     // The members of a selection whose pool has gone went with it.

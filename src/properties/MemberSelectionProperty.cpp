@@ -69,8 +69,9 @@ void MemberSelectionProperty::SetPoolData(void* data) {
 }
 
 void MemberSelectionProperty::SetDataToMemberSelection(void* data, MemberSelection& selection, int index) {
-    if (data != nullptr) {
-        Share(Datum::Read<MemberSelection*>(data), GetDataFromMemberSelection(selection, index));
+    void const* const datum = GetDataFromMemberSelection(selection, index);
+    if (data != nullptr && datum != nullptr) {
+        Share(Datum::Read<MemberSelection*>(data), datum);
     }
     Property::SetDataToMemberSelection(data, selection, index);
 }
@@ -175,10 +176,10 @@ void MemberSelectionProperty::SetMemberSelection(MemberSelection* newSelection, 
     SetDataToMemberSelection(&newSelection, selection, index);
 }
 
-/// The selection of the owner pool's active member or, of a pool property, that of its pool data; null for none.
-MemberSelection* MemberSelectionProperty::SelectionInPool() {
+/// The selection of the owner pool's active member, or null.
+MemberSelection* MemberSelectionProperty::ActiveMembersSelection() {
     MemberPool* const pool = GetOwnerPool();
-    return pool != nullptr ? GetMemberSelection(*pool, -1) : nullptr;
+    return owner == MEMBER && pool != nullptr ? GetMemberSelection(*pool, -1) : nullptr;
 }
 
 /// The selection to work on where there is none of a member: for a property that is not a member property the
@@ -188,12 +189,12 @@ MemberSelection& MemberSelectionProperty::FallbackSelection() {
 }
 
 void MemberSelectionProperty::ClearSelection() {
-    MemberSelection* const selection = SelectionInPool();
+    MemberSelection* const selection = ActiveMembersSelection();
     (selection != nullptr ? *selection : FallbackSelection()).Clear();
 }
 
 void MemberSelectionProperty::AddMemberToSelection(MemberPool& pool, Member member) {
-    MemberSelection* const selection = poolDatum != nullptr ? SelectionInPool() : nullptr;
+    MemberSelection* const selection = poolDatum != nullptr ? ActiveMembersSelection() : nullptr;
     (selection != nullptr ? *selection : FallbackSelection()).AddMember(pool, member);
 }
 

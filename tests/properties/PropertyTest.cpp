@@ -243,6 +243,7 @@ TEST(NewMembers, ReceiveEachPropertysDefaultAndInstance) {
     EXPECT_EQ(first->GetBasePool(), &base);
     EXPECT_EQ(selections->GetMemberSelection(pool, 2), nullptr);
 
+    selections->SetMemberSelection(first, pool, 9); // nobody's: it is stored once, as before
     first->AddMember(base, Member());
     Member const victim = pool.RemoveMemberByIndex(0);
     pool.DeleteMember(victim);

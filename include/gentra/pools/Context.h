@@ -21,7 +21,7 @@
 
 namespace Util {
 struct Event;
-} // namespace Util
+}
 
 namespace Gentra {
 

@@ -84,7 +84,7 @@ private:
     static void TakeBackInstances(Property& property);
     void Share(MemberSelection* selection, void const* datum);
     static void Renew(MemberSelection& selection, MemberPool* basePool);
-    [[nodiscard]] MemberSelection* SelectionInPool();
+    [[nodiscard]] MemberSelection* ActiveMembersSelection();
     [[nodiscard]] MemberSelection& FallbackSelection();
 
     MemberSelection* poolDatum = nullptr; ///< One of the two below, or one that the host gave.
